@@ -1,0 +1,72 @@
+#include "diag/IdStrings.h"
+
+#include <cstring>
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+namespace vorp {
+
+namespace {
+
+// Texts live in large blocks so that interning millions of short names costs few allocations.
+class StringTable {
+public:
+    const char* intern(std::string_view text)
+    {
+        auto found = m_texts.find(text);
+        if (found != m_texts.end())
+            return found->data();
+        char* copy = allocate(text.size() + 1);
+        if (!text.empty())
+            std::memcpy(copy, text.data(), text.size());
+        copy[text.size()] = '\0';
+        m_texts.insert(std::string_view(copy, text.size()));
+        return copy;
+    }
+
+private:
+    static constexpr std::size_t BLOCK_SIZE = 64 * 1024;
+
+    char* allocate(std::size_t size)
+    {
+        if (size > BLOCK_SIZE / 4) {
+            m_blocks.push_back(std::make_unique<char[]>(size));
+            return m_blocks.back().get();
+        }
+        if (m_free < size) {
+            m_blocks.push_back(std::make_unique<char[]>(BLOCK_SIZE));
+            m_next = m_blocks.back().get();
+            m_free = BLOCK_SIZE;
+        }
+        char* result = m_next;
+        m_next += size;
+        m_free -= size;
+        return result;
+    }
+
+    std::unordered_set<std::string_view> m_texts;
+    std::vector<std::unique_ptr<char[]>> m_blocks;
+    char* m_next = nullptr;
+    std::size_t m_free = 0;
+};
+
+StringTable& stringTable()
+{
+    static StringTable* table = new StringTable; // lives to the end of the run, like its texts
+    return *table;
+}
+
+} // namespace
+
+const char* IdStrings::idString(const char* text)
+{
+    return stringTable().intern(text ? std::string_view(text) : std::string_view());
+}
+
+const char* IdStrings::idString(std::string_view text)
+{
+    return stringTable().intern(text);
+}
+
+} // namespace vorp

@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# Runs one golden end-to-end case.
+#
+# A case is a folder. `cmd` holds the arguments given to vorp (shell words); `stdin`, if present,
+# is fed to it; every other file that is not an expectation is copied into a fresh working folder,
+# where vorp runs. Expectations, each compared exactly when present:
+#   expected.status   exit status (0 when absent)
+#   expected.stderr   standard error (empty when absent)
+#   expected.stdout   standard output (empty when absent)
+#   expected.files    names that must exist after the run, one per line
+#   absent.files      names that must not exist after the run, one per line
+# With VORP_UPDATE_GOLDEN=1 the status, stderr and stdout expectations are rewritten from the run.
+set -u
+vorp=$1
+case_dir=$2
+work=$3
+
+rm -rf "$work"
+mkdir -p "$work"
+for f in "$case_dir"/* "$case_dir"/.[!.]*; do
+  [ -e "$f" ] || continue
+  name=$(basename "$f")
+  case "$name" in
+    cmd|stdin|expected.*|absent.files) ;;
+    *) cp -R "$f" "$work/" ;;
+  esac
+done
+
+args=""
+[ -f "$case_dir/cmd" ] && args=$(cat "$case_dir/cmd")
+stdin_file=/dev/null
+[ -f "$case_dir/stdin" ] && stdin_file="$case_dir/stdin"
+
+(cd "$work" && eval "exec \"\$vorp\" $args" <"$stdin_file" >"$work/.stdout" 2>"$work/.stderr")
+status=$?
+
+if [ "${VORP_UPDATE_GOLDEN:-}" = 1 ]; then
+  if [ "$status" -ne 0 ]; then echo "$status" >"$case_dir/expected.status"; else rm -f "$case_dir/expected.status"; fi
+  for s in stderr stdout; do
+    if [ -s "$work/.$s" ]; then cp "$work/.$s" "$case_dir/expected.$s"; else rm -f "$case_dir/expected.$s"; fi
+  done
+fi
+
+failed=0
+expected_status=0
+[ -f "$case_dir/expected.status" ] && expected_status=$(cat "$case_dir/expected.status")
+if [ "$status" != "$expected_status" ]; then
+  echo "exit status: expected $expected_status, got $status"
+  failed=1
+fi
+for s in stderr stdout; do
+  expected=/dev/null
+  [ -f "$case_dir/expected.$s" ] && expected="$case_dir/expected.$s"
+  if ! diff -u --label "expected $s" --label "actual $s" "$expected" "$work/.$s"; then
+    failed=1
+  fi
+done
+if [ -f "$case_dir/expected.files" ]; then
+  while IFS= read -r name; do
+    [ -z "$name" ] && continue
+    if [ ! -e "$work/$name" ]; then echo "missing output file: $name"; failed=1; fi
+  done <"$case_dir/expected.files"
+fi
+if [ -f "$case_dir/absent.files" ]; then
+  while IFS= read -r name; do
+    [ -z "$name" ] && continue
+    if [ -e "$work/$name" ]; then echo "file should not exist: $name"; failed=1; fi
+  done <"$case_dir/absent.files"
+fi
+exit $failed
