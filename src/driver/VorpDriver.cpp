@@ -3,6 +3,7 @@
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"
 #include "driver/SignalHandling.h"
+#include "frontend/VorpParser.h"
 #include "frontend/VorpTokeniser.h"
 
 #include <cstdio>
@@ -34,12 +35,11 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler)
     for (const std::string& name : options.inputFiles)
         inputs.push_back(name.c_str());
 
-    // Front end. Until statements are parsed, the whole input is scanned so that every lexical
-    // fault is reported.
+    // Front end. Until the assembly model takes the statements, they are only checked.
     VorpTokeniser tokeniser;
     if (tokeniser.lexInit(inputs, &errorHandler)) {
-        while (tokeniser.scanToken().symbol != S_ENDSTREAM) {
-        }
+        ParserActions syntaxCheck;
+        VorpParser(tokeniser, errorHandler, syntaxCheck).parse();
     }
 
     // After any error the object must not survive, not even a stale one from an earlier run.

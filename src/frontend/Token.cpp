@@ -56,6 +56,10 @@ const char* tokenCharStar(const Token* token)
     case S_ALIGN: return "$A";
     case S_MAX: return "$M";
     case S_SYMNUM: return "$N";
+    // The clock divisions print too: a listing or message must never stop the run.
+    case S_CDUP: return "$CDu";
+    case S_CDDOWN: return "$CDd";
+    case S_CDEXACT: return "$CDe";
     case S_EENYMEENY: return "?";
     case S_MINEYMO: return "$:";
     case S_AMPH: return "&";

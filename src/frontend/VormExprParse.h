@@ -1,0 +1,56 @@
+#pragma once
+
+#include "frontend/Operand.h"
+
+#include <unordered_map>
+#include <vector>
+
+namespace vorp {
+
+using LexTokenVector = std::vector<Token*>;
+
+// An operator of the token-level expression parser: a binary and/or a prefix form, each with its
+// precedence and opcode.
+class VormExprParseOperator {
+public:
+    struct Form {
+        int precedence;
+        Operand::Opcode opcode;
+    };
+
+    VormExprParseOperator(const Form* binary, const Form* unary) : m_bOp(binary), m_uOp(unary) {}
+    bool hasBinary() const { return m_bOp != nullptr; }
+    bool hasUnary() const { return m_uOp != nullptr; }
+    int getBinaryPrec() const;
+    Operand::Opcode getBinaryOpcode() const;
+    int getUnaryPrec() const;
+    Operand::Opcode getUnaryOpcode() const;
+
+private:
+    const Form* m_bOp;
+    const Form* m_uOp;
+};
+
+// Re-parses expressions from stored token lines. Every operator associates to the left, the
+// conditional too; token lines come from the grammar, so malformed input is an internal error.
+class VormExprParse {
+public:
+    static VormExprParse& instance();
+
+    // Parses from `tokenNum` and leaves it behind the last token taken; the tree is the caller's.
+    Operand* parseExpression(const LexTokenVector* tokens, unsigned& tokenNum);
+
+private:
+    VormExprParse();
+    void addOperator(int symbol, const VormExprParseOperator::Form* binary, const VormExprParseOperator::Form* unary);
+    const VormExprParseOperator* find(const Token* token) const;
+    Operand* parseExpressionAtLevel(int level);
+    Operand* parseExpressionLhs();
+    Operand* parseExpressionElement();
+
+    std::unordered_map<int, VormExprParseOperator> m_operators;
+    const LexTokenVector* m_tokens = nullptr;
+    unsigned m_pos = 0;
+};
+
+} // namespace vorp

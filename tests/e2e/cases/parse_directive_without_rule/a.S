@@ -1,0 +1,1 @@
+	.cfi_return_column 1

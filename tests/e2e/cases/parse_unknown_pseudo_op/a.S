@@ -1,0 +1,2 @@
+	.cfi_restore 1 ! 
+	.nosuch

@@ -1,0 +1,2 @@
+	.byte 1
+	.byte 'a
