@@ -1,15 +1,17 @@
 #include "driver/VorpDriver.h"
 
+#include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"
 #include "driver/SignalHandling.h"
-#include "frontend/VorpParser.h"
-#include "frontend/VorpTokeniser.h"
+#include "frontend/AsmWriter.h"
+#include "model/VormAssembler.h"
 
 #include <cstdio>
 #include <memory>
 #include <new>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace vorp {
@@ -31,23 +33,22 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler)
     errorHandler.setShowWarnings(options.showWarnings);
     errorHandler.setFatalWarnings(options.fatalWarnings);
 
+    char directory[512];
+    const std::string workingDir = getcwd(directory, sizeof(directory)) ? directory : "";
+
+    TelkUtils utils{&optionErrors};
     std::vector<const char*> inputs;
     for (const std::string& name : options.inputFiles)
         inputs.push_back(name.c_str());
 
-    // Front end. Until the assembly model takes the statements, they are only checked.
-    VorpTokeniser tokeniser;
-    if (tokeniser.lexInit(inputs, &errorHandler)) {
-        ParserActions syntaxCheck;
-        VorpParser(tokeniser, errorHandler, syntaxCheck).parse();
-    }
-
-    // After any error the object must not survive, not even a stale one from an earlier run.
-    if (!errorHandler.getMakeBinary()) {
-        std::remove(options.outputName.c_str());
-        return 1;
-    }
-    return 0;
+    VormAssembler assembler(options.inputFiles.front(), workingDir, &utils, options.outputName.c_str(),
+                            options.listing, options.verbose, VormAssembler::TL3B, &errorHandler,
+                            options.binaryRequested, options.debugInfo, options.rewriteDebug,
+                            options.warnRewriteDebug,
+                            options.binaryRequested ? options.binaryName.c_str() : nullptr,
+                            options.maxEncodingPasses);
+    vorpparse(assembler, inputs, options.schedule);
+    return assembler.postParse(inputs.front()) != 0 ? 1 : 0;
 }
 
 } // namespace

@@ -37,25 +37,25 @@ const Form p_symNum{15, Operand::SYMNUM};
 
 int VormExprParseOperator::getBinaryPrec() const
 {
-    assert(m_bOp != nullptr);
+    assert(m_bOp != __null);
     return m_bOp->precedence;
 }
 
 Operand::Opcode VormExprParseOperator::getBinaryOpcode() const
 {
-    assert(m_bOp != nullptr);
+    assert(m_bOp != __null);
     return m_bOp->opcode;
 }
 
 int VormExprParseOperator::getUnaryPrec() const
 {
-    assert(m_uOp != nullptr);
+    assert(m_uOp != __null);
     return m_uOp->precedence;
 }
 
 Operand::Opcode VormExprParseOperator::getUnaryOpcode() const
 {
-    assert(m_uOp != nullptr);
+    assert(m_uOp != __null);
     return m_uOp->opcode;
 }
 

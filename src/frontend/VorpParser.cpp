@@ -11,7 +11,7 @@ namespace {
 
 struct BinaryOperator {
     int level; // higher binds tighter; every level is left-associative
-    Operand::Opcode opcode;
+    Operand::Opcode opcode = Operand::NEGATE;
 };
 
 bool findBinaryOperator(int symbol, BinaryOperator& op)
@@ -125,7 +125,7 @@ bool VorpParser::isTerminator(int symbol) const
 
 bool VorpParser::isExpressionStart(int symbol)
 {
-    Operand::Opcode opcode;
+    Operand::Opcode opcode = Operand::NEGATE;
     return isPrimaryStart(symbol) || findPrefixOperator(symbol, opcode);
 }
 
@@ -307,7 +307,7 @@ OperandPtr VorpParser::parseExpression(const Token* firstSymbol)
         if (stack.size() < 2 || kindBelowTop(1) != PREFIX)
             return;
         Entry& prefix = stack[stack.size() - 2];
-        Operand::Opcode opcode;
+        Operand::Opcode opcode = Operand::NEGATE;
         findPrefixOperator(prefix.token.symbol, opcode);
         auto node = std::make_unique<Operand>(opcode, stack.back().operand.release());
         node->addToken(prefix.token);
@@ -361,7 +361,7 @@ OperandPtr VorpParser::parseExpression(const Token* firstSymbol)
     for (;;) {
         const int symbol = peek().symbol;
         if (wantOperand) {
-            Operand::Opcode opcode;
+            Operand::Opcode opcode = Operand::NEGATE;
             if (findPrefixOperator(symbol, opcode)) {
                 shift(PREFIX, take());
                 if (!isPrimaryStart(peek().symbol)) // a prefix applies to one primary only

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "frontend/ParserActions.h"
+#include "model/VormAssembler.h"
+
+#include <deque>
+#include <vector>
+
+namespace vorp {
+
+class VormSection;
+class VorpErrorHandler;
+
+// The parser's working object: gives each statement its meaning on the assembler, with the
+// current section, the .pushsection stack and the .scheduling and .syntax modes.
+class AsmWriter : public ParserActions {
+public:
+    AsmWriter(VormAssembler& assembler, VorpErrorHandler& errorHandler, bool schedule);
+
+    VormSection* getSection() const { return m_section; }
+    void setCurrentSection(VormSection* section) { m_section = section; }
+    bool getSchedule() const { return m_schedule; }
+    VormAssembler::Syntax getSyntax() const { return m_syntax; }
+
+    // Selects (and on first use makes) the section a .section line names; the line holds the
+    // directive token, the name, and flags, type, entry size, group and linkage with their commas.
+    void setSection(const TokenLine& line);
+
+    void makeLabelLine(const Token& name) override;
+    void alignDirective(const Token& directive, OperandPtr value, OperandPtr fill) override;
+    void fileDirective(const Token& directive, const Token& name) override;
+    void visibilityDirective(const Token& directive, const Token& symbol, const Token* text) override;
+    void weakDirective(const Token& directive, const Token& symbol) override;
+    void locDirective(const Token& directive, TokenLinePtr line) override;
+    void sectionDirective(TokenLinePtr line) override;
+    void popSection(const char* file, int line) override;
+    void setTextSection(const char* file, int line) override;
+    void typeDirective(const Token& directive, const Token& symbol, const Token& type) override;
+    void typeStringDirective(const Token& directive, const Token& symbol, const Token& text) override;
+    void ccTopDirective(TokenLinePtr line) override;
+    void ccBottomDirective(TokenLinePtr line) override;
+    void schedulingDirective(const Token& directive, const Token& word) override;
+    void syntaxDirective(const Token& directive, const Token& word) override;
+
+private:
+    VormAssembler& m_assembler;
+    VorpErrorHandler& m_errorHandler;
+    bool m_defaultSchedule;
+    bool m_schedule;
+    VormAssembler::Syntax m_syntax = VormAssembler::SYNTAX_DEFAULT;
+    VormSection* m_section = nullptr;
+    std::deque<VormSection*> m_sectionStack;
+};
+
+// Reads all inputs and parses them into the assembler, starting in ".text". Returns 1 when an
+// input can't be opened (already reported), else 0; all other failures are in the error handler.
+int vorpparse(VormAssembler& assembler, const std::vector<const char*>& files, bool schedule);
+
+} // namespace vorp

@@ -1,0 +1,388 @@
+#include "model/VormAssembler.h"
+
+#include "diag/ErrorHandler.h"
+#include "diag/IdStrings.h"
+#include "diag/TelkUtils.h"
+#include "diag/VorpErrorHandler.h"
+#include "encoding/EncodingFailInfo.h"
+#include "frontend/VormExprEval.h"
+#include "model/VormAlignDirectiveLine.h"
+#include "model/VormCCDirectiveLine.h"
+#include "model/VormLabelLine.h"
+#include "model/VormLine.h"
+#include "model/VormLocDirectiveLine.h"
+
+#include <cassert>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+
+namespace vorp {
+
+namespace {
+
+LineLocation unknownLocation()
+{
+    return LineLocation(IdStrings::idString("<unknown>"), 0);
+}
+
+} // namespace
+
+VormAssembler::VormAssembler(std::string sourcePath, std::string workingDir, TelkUtils* utils,
+                             const char* outputFile, bool listing, bool verbose, Arch arch,
+                             VorpErrorHandler* errorHandler, bool binaryDump, bool debug, bool rewriteDebug,
+                             bool warnRewriteDebug, const char* binaryDumpFile, std::uint32_t maxEncodingPasses)
+    : m_labels(errorHandler), m_errorHandler(errorHandler), m_arch(arch), m_utils(utils),
+      m_sourcePath(std::move(sourcePath)), m_workingDir(std::move(workingDir)), m_outputFile(outputFile),
+      m_binaryDumpFile(binaryDumpFile), m_listing(listing), m_binaryDump(binaryDump), m_debug(debug),
+      m_rewriteDebug(rewriteDebug), m_warnRewriteDebug(warnRewriteDebug), m_verbose(verbose),
+      m_maxEncodingPasses(maxEncodingPasses)
+{
+    VormExprEval::instance().setErrorHandler(errorHandler);
+    switch (m_arch) {
+    case TL3B:
+        break;
+    default:
+        assert(0 && "Unknown arch");
+    }
+}
+
+VormAssembler::~VormAssembler() = default;
+
+VormSection* VormAssembler::addSection(const Location& location, const std::string& name, const std::string& flags,
+                                       const std::string& type, std::uint32_t entrySize,
+                                       const std::string& groupName, bool comdat)
+{
+    if (VormSection* existing = findSection(name))
+        return existing;
+    bool isGroup = false;
+    const std::uint32_t flagWord = parseSectionFlags(flags, location, isGroup);
+    const std::uint32_t typeWord = parseSectionType(type, location);
+    m_sections.push_back(std::make_unique<VormSection>(name, flagWord, typeWord, entrySize, groupName, comdat));
+    if (isGroup)
+        m_sectionGroups[groupName].push_back(name);
+    return m_sections.back().get();
+}
+
+VormSection* VormAssembler::addSection(const std::string& name, const std::string& flags, const std::string& type,
+                                       std::uint32_t entrySize, const std::string& groupName, bool comdat)
+{
+    return addSection(NoLocation(), name, flags, type, entrySize, groupName, comdat);
+}
+
+VormSection* VormAssembler::findSection(const std::string& name) const
+{
+    for (const auto& section : m_sections) {
+        if (section->getName() == name)
+            return section.get();
+    }
+    return nullptr;
+}
+
+bool VormAssembler::sectionIsEmpty(const std::string& name) const
+{
+    const VormSection* section = findSection(name);
+    if (!section)
+        return true;
+    for (const VormLine* line : section->getLines()) {
+        std::uint32_t minBytes = 0;
+        std::uint32_t maxBytes = 0;
+        line->getByteRange(minBytes, maxBytes);
+        if (maxBytes != 0)
+            return false;
+    }
+    return true;
+}
+
+std::uint32_t VormAssembler::parseSectionFlags(const std::string& flags, const Location& location, bool& isGroup)
+{
+    isGroup = false;
+    std::uint32_t word = 0;
+    for (char letter : flags) {
+        switch (letter) {
+        case 'w': word |= SHF_WRITE; break;
+        case 'a': word |= SHF_ALLOC; break;
+        case 'x': word |= SHF_EXECINSTR; break;
+        case 'M': word |= SHF_MERGE; break;
+        case 'S': word |= SHF_STRINGS; break;
+        case 'd': word |= 0x10000000; break;
+        case 'c': word |= 0x20000000; break;
+        case 'G': isGroup = true; break;
+        default:
+            m_errorHandler->vorpError(location, AssErrorCodes::SECTION_FLAG,
+                                      "Unrecognised flag to section directive: %c\n", letter);
+            break;
+        }
+    }
+    return word;
+}
+
+std::uint32_t VormAssembler::parseSectionType(const std::string& type, const Location& location)
+{
+    if (type.empty() || type == "progbits")
+        return VormSection::PROGBITS;
+    if (type == "nobits")
+        return VormSection::NOBITS;
+    if (type == "netinfo")
+        return VormSection::NETINFO;
+    m_errorHandler->vorpError(location, AssErrorCodes::SECTION_TYPE, "Unrecognised type to section directive: %s\n",
+                              type.c_str());
+    return VormSection::PROGBITS;
+}
+
+std::uint32_t VormAssembler::getDefaultAlignment(const VormSection* section, bool hasScheduledLines) const
+{
+    return hasScheduledLines && (section->getFlags() & SHF_EXECINSTR) ? 4 : 1;
+}
+
+void VormAssembler::setFilename(const std::string& name, const Location& location)
+{
+    if (!m_filename.empty() && m_filename != name)
+        m_errorHandler->vorpError(location, AssErrorCodes::SOURCE_FILENAME, "Source filename redefined.\n");
+    m_filename = name;
+}
+
+void VormAssembler::addLine(VormSection* section, VormLine* line)
+{
+    addLine(section, section->getLines().end(), line);
+}
+
+void VormAssembler::addLine(VormSection* section, LinePosition position, VormLine* line)
+{
+    line->setSection(section);
+    section->getLines().insert(position, line);
+}
+
+VormLocDirectiveLine* VormAssembler::addLocDirective(VormSection* section, const LineLocation& location,
+                                                     bool schedule)
+{
+    auto* line = new VormLocDirectiveLine(location, schedule);
+    addLine(section, line);
+    return line;
+}
+
+VormAlignDirectiveLine* VormAssembler::addAlign(VormSection* section, std::uint32_t alignment,
+                                                const LineLocation& location, bool schedule)
+{
+    return addAlign(section, section->getLines().end(), alignment, location, schedule);
+}
+
+VormAlignDirectiveLine* VormAssembler::addAlign(VormSection* section, LinePosition position, std::uint32_t alignment,
+                                                const LineLocation& location, bool schedule)
+{
+    auto* line = new VormAlignDirectiveLine(alignment, location, schedule);
+    addLine(section, position, line);
+    line->initialise(*this, *m_errorHandler);
+    return line;
+}
+
+VormAlignDirectiveLine* VormAssembler::addAlign(VormSection* section, std::uint32_t alignment, std::uint32_t fill,
+                                                const LineLocation& location, bool schedule)
+{
+    auto* line = new VormAlignDirectiveLine(alignment, fill, location, schedule);
+    addLine(section, line);
+    line->initialise(*this, *m_errorHandler);
+    return line;
+}
+
+VormCCDirectiveLine* VormAssembler::addCCTop(VormSection* section, std::unique_ptr<TokenLine> tokens)
+{
+    auto* line = new VormCCDirectiveLine(CC_TOP_LINE, std::move(tokens), nullptr);
+    addLine(section, line);
+    line->defineLabels(*this);
+    if (section->getOpenCCTop())
+        m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::NESTED_CC_TOP, "Nested cc_top directive.\n");
+    section->setOpenCCTop(line);
+    return line;
+}
+
+VormCCDirectiveLine* VormAssembler::addCCBottom(VormSection* section, std::unique_ptr<TokenLine> tokens)
+{
+    VormCCDirectiveLine* top = section->getOpenCCTop();
+    auto* line = new VormCCDirectiveLine(CC_BOTTOM_LINE, std::move(tokens), top);
+    addLine(section, line);
+    if (top)
+        line->defineLabels(*this);
+    const Token& keyword = line->getToken(0);
+    const LineLocation location(keyword.file, static_cast<unsigned>(keyword.line));
+    if (!top)
+        m_errorHandler->vorpError(location, AssErrorCodes::CC_BOTTOM,
+                                  "cc_bottom directive outside an elimination block.\n");
+    else if (std::strcmp(top->getName(), line->getName()) != 0)
+        m_errorHandler->vorpError(location, AssErrorCodes::CC_BOTTOM,
+                                  "cc_bottom directive name does not match previous cc_top.\n");
+    section->setOpenCCTop(nullptr);
+    return line;
+}
+
+VormLabelLine* VormAssembler::addLabelLine(VormLabel* label, VormSection* section, LinePosition position,
+                                           const LineLocation& location, bool schedule)
+{
+    auto* line = new VormLabelLine(label, location, schedule);
+    addLine(section, position, line);
+    m_labels.defineLabel(label, line);
+    return line;
+}
+
+VormLabelLine* VormAssembler::addLabel(VormSection* section, const Token& name, bool schedule)
+{
+    return addLabel(section, section->getLines().end(), name, schedule);
+}
+
+VormLabelLine* VormAssembler::addLabel(VormSection* section, LinePosition position, const Token& name, bool schedule)
+{
+    VormLabel* label = m_labels.getOrTentativelyAddLabel(name.text, false);
+    return addLabelLine(label, section, position, LineLocation(name.file, static_cast<unsigned>(name.line)),
+                        schedule);
+}
+
+VormLabelLine* VormAssembler::addUniqueLabel(VormSection* section, const LineLocation& location, bool schedule)
+{
+    return addUniqueLabel(section, section->getLines().end(), location, schedule);
+}
+
+VormLabelLine* VormAssembler::addUniqueLabel(VormSection* section, LinePosition position,
+                                             const LineLocation& location, bool schedule)
+{
+    return addLabelLine(m_labels.addUniqueUndefinedLabel(), section, position, location, schedule);
+}
+
+int VormAssembler::postParse(const char* fileSymbolName)
+{
+    (void)fileSymbolName; // names the object's file symbol when no .file did
+    auto ok = [this] { return m_errorHandler->getMakeBinary(); };
+
+    checkForUnterminatedCCTop();
+    if (ok())
+        expandDirectives();
+    if (ok())
+        chooseInstructionFormats();
+    if (ok())
+        m_labels.finaliseLabels();
+
+    if (!ok())
+        std::remove(m_outputFile);
+    return ok() ? 0 : 1;
+}
+
+void VormAssembler::checkForUnterminatedCCTop()
+{
+    for (const auto& section : m_sections) {
+        if (const VormCCDirectiveLine* top = section->getOpenCCTop())
+            m_errorHandler->vorpError(top->getLocation(), AssErrorCodes::UNTERMINATED_CC_TOP,
+                                      "Unterminated cc_top directive.\n");
+    }
+}
+
+void VormAssembler::expandDirectives()
+{
+    // Sections made by this pass are not visited by it.
+    const std::size_t count = m_sections.size();
+    for (std::size_t i = 0; i < count; ++i)
+        expandDirectives(m_sections[i].get());
+}
+
+void VormAssembler::expandDirectives(VormSection* section)
+{
+    LineList& lines = section->getLines();
+    bool inBlock = false;
+    std::uint32_t blockAlignment = 1;
+    bool blockHasScheduled = false;
+    LinePosition blockStart = lines.end();
+
+    for (auto position = lines.begin(); position != lines.end(); ++position) {
+        VormLine* line = *position;
+        if (line->getSchedule())
+            blockHasScheduled = true;
+        switch (line->getType()) {
+        case ALIGN_LINE:
+            if (inBlock)
+                blockAlignment = std::max(blockAlignment, static_cast<VormAlignDirectiveLine*>(line)->getAlignment());
+            break;
+        case CC_TOP_LINE:
+            inBlock = true;
+            blockAlignment = 1;
+            blockHasScheduled = false;
+            blockStart = std::next(position);
+            break;
+        case CC_BOTTOM_LINE:
+            // The block must start aligned wherever the linker puts it.
+            blockAlignment = std::max(blockAlignment, getDefaultAlignment(section, blockHasScheduled));
+            if (blockAlignment > 1)
+                addAlign(section, blockStart, blockAlignment, unknownLocation(), false);
+            inBlock = false;
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+void VormAssembler::chooseInstructionFormats()
+{
+    for (const auto& section : m_sections)
+        chooseInstructionFormats(section.get());
+}
+
+void VormAssembler::chooseInstructionFormats(VormSection* section)
+{
+    LineList& lines = section->getLines();
+    unsigned pass = 0;
+    bool force = false;
+    bool finished = false;
+    while (!finished) {
+        VormAddress address{0, 0};
+        bool anyChanged = false;
+        bool allDone = true;
+        for (VormLine* line : lines) {
+            line->setAddress(address);
+            if (!line->isDone()) {
+                EncodingFailInfo failInfo;
+                bool changed = false;
+                const bool encodable = line->chooseEncoder(force, m_labels, changed, failInfo, false);
+                assert(encodable);
+                if (changed) {
+                    anyChanged = true;
+                    force = false;
+                }
+                allDone = allDone && line->isDone();
+            }
+            address = line->getNextAddress();
+        }
+        finished = allDone;
+        if (!allDone && !anyChanged) {
+            if (force)
+                finished = true;
+            else
+                force = true;
+        }
+        if (lines.empty())
+            finished = true;
+        if (++pass > m_maxEncodingPasses)
+            m_utils->errorHandler->fatalError(true, "vorp: Error: unable to resolve encoder choice after %d loops\n",
+                                              static_cast<int>(m_maxEncodingPasses));
+    }
+
+    VormAddress address{0, 0};
+    for (VormLine* line : lines) {
+        line->setAddress(address);
+        if (line->getType() == CODE_LINE && (address.min & 1))
+            m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_CODE, "Misaligned code detected!\n");
+        EncodingFailInfo failInfo;
+        bool changed = false;
+        const bool encodable = line->chooseEncoder(force, m_labels, changed, failInfo, true);
+        assert(encodable);
+        assert(line->isDone());
+        address = line->getNextAddress();
+    }
+    assert(address.min == address.max);
+    section->setSize(address.min);
+}
+
+void VormAssembler::dump() const
+{
+    for (const auto& section : m_sections)
+        section->dump();
+}
+
+} // namespace vorp

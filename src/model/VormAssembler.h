@@ -1,0 +1,126 @@
+#pragma once
+
+#include "diag/Location.h"
+#include "frontend/Token.h"
+#include "model/VormLabels.h"
+#include "model/VormSection.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vorp {
+
+class VormAlignDirectiveLine;
+class VormCCDirectiveLine;
+class VormLabelLine;
+class VormLine;
+class VormLocDirectiveLine;
+class VorpErrorHandler;
+struct TelkUtils;
+
+// The one central object of a run: it owns every section and line, the label table and everything
+// else the source defines, and turns them into an object file by a fixed sequence of passes.
+class VormAssembler {
+public:
+    enum Arch { TL3B = 0 };
+    enum Syntax { SYNTAX_DEFAULT = 0, SYNTAX_ARCHITECTURAL = 1 };
+
+    static constexpr std::uint32_t SHF_WRITE = 0x1;
+    static constexpr std::uint32_t SHF_ALLOC = 0x2;
+    static constexpr std::uint32_t SHF_EXECINSTR = 0x4;
+    static constexpr std::uint32_t SHF_MERGE = 0x10;
+    static constexpr std::uint32_t SHF_STRINGS = 0x20;
+
+    VormAssembler(std::string sourcePath, std::string workingDir, TelkUtils* utils, const char* outputFile,
+                  bool listing, bool verbose, Arch arch, VorpErrorHandler* errorHandler, bool binaryDump,
+                  bool debug, bool rewriteDebug, bool warnRewriteDebug, const char* binaryDumpFile,
+                  std::uint32_t maxEncodingPasses);
+    VormAssembler(const VormAssembler&) = delete;
+    VormAssembler& operator=(const VormAssembler&) = delete;
+    virtual ~VormAssembler();
+
+    VormLabels& getLabels() { return m_labels; }
+    VorpErrorHandler& getErrorHandler() { return *m_errorHandler; }
+    bool getDebug() const { return m_debug; }
+
+    // Sections. A name seen before gives the existing section; what the new request says is then
+    // ignored, unchecked. Otherwise flags and type are judged (errors 6, 47) and the section is made.
+    VormSection* addSection(const Location& location, const std::string& name, const std::string& flags,
+                            const std::string& type, std::uint32_t entrySize, const std::string& groupName,
+                            bool comdat);
+    VormSection* addSection(const std::string& name, const std::string& flags, const std::string& type,
+                            std::uint32_t entrySize, const std::string& groupName, bool comdat);
+    VormSection* findSection(const std::string& name) const;
+    bool isSection(const std::string& name) const { return findSection(name) != nullptr; }
+    // True when the section doesn't exist or none of its lines can take a byte.
+    bool sectionIsEmpty(const std::string& name) const;
+    std::uint32_t getSectionSize(std::size_t index) const { return m_sections[index]->getSize(); }
+    const std::vector<std::unique_ptr<VormSection>>& getSections() const { return m_sections; }
+    const std::map<std::string, std::vector<std::string>>& getSectionGroups() const { return m_sectionGroups; }
+
+    std::uint32_t parseSectionFlags(const std::string& flags, const Location& location, bool& isGroup);
+    std::uint32_t parseSectionType(const std::string& type, const Location& location);
+    // 4 for code sections with scheduled lines, else 1.
+    std::uint32_t getDefaultAlignment(const VormSection* section, bool hasScheduledLines) const;
+
+    // `.file "NAME"`: the last one wins; a different second name is error 21.
+    void setFilename(const std::string& name, const Location& location);
+    const std::string& getFilename() const { return m_filename; }
+
+    // Adding lines: the only way lines enter a section. The forms with a position insert before it.
+    void addLine(VormSection* section, VormLine* line);
+    void addLine(VormSection* section, LinePosition position, VormLine* line);
+    VormLocDirectiveLine* addLocDirective(VormSection* section, const LineLocation& location, bool schedule);
+    VormAlignDirectiveLine* addAlign(VormSection* section, std::uint32_t alignment, const LineLocation& location,
+                                     bool schedule);
+    VormAlignDirectiveLine* addAlign(VormSection* section, LinePosition position, std::uint32_t alignment,
+                                     const LineLocation& location, bool schedule);
+    VormAlignDirectiveLine* addAlign(VormSection* section, std::uint32_t alignment, std::uint32_t fill,
+                                     const LineLocation& location, bool schedule);
+    VormCCDirectiveLine* addCCTop(VormSection* section, std::unique_ptr<TokenLine> tokens);
+    VormCCDirectiveLine* addCCBottom(VormSection* section, std::unique_ptr<TokenLine> tokens);
+    VormLabelLine* addLabelLine(VormLabel* label, VormSection* section, LinePosition position,
+                                const LineLocation& location, bool schedule);
+    VormLabelLine* addLabel(VormSection* section, const Token& name, bool schedule);
+    VormLabelLine* addLabel(VormSection* section, LinePosition position, const Token& name, bool schedule);
+    VormLabelLine* addUniqueLabel(VormSection* section, const LineLocation& location, bool schedule);
+    VormLabelLine* addUniqueLabel(VormSection* section, LinePosition position, const LineLocation& location,
+                                  bool schedule);
+
+    // Runs the passes; 0 on success, 1 after any error, when the output file is also removed.
+    int postParse(const char* fileSymbolName);
+
+    // Every section as text, on standard error.
+    void dump() const;
+
+private:
+    void checkForUnterminatedCCTop();
+    void expandDirectives();
+    void expandDirectives(VormSection* section);
+    void chooseInstructionFormats();
+    void chooseInstructionFormats(VormSection* section);
+
+    VormLabels m_labels;
+    VorpErrorHandler* m_errorHandler;
+    Arch m_arch;
+    TelkUtils* m_utils;
+    std::string m_filename;
+    std::vector<std::unique_ptr<VormSection>> m_sections;
+    std::map<std::string, std::vector<std::string>> m_sectionGroups;
+    std::string m_sourcePath;
+    std::string m_workingDir;
+    const char* m_outputFile;
+    const char* m_binaryDumpFile;
+    bool m_listing;
+    bool m_binaryDump;
+    bool m_debug;
+    bool m_rewriteDebug;
+    bool m_warnRewriteDebug;
+    bool m_verbose;
+    std::uint32_t m_maxEncodingPasses;
+};
+
+} // namespace vorp

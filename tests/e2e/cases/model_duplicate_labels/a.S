@@ -1,0 +1,5 @@
+x:
+x: y:
+	.globl y
+	.section .d, "aw", @progbits
+y:

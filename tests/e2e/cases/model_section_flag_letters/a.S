@@ -1,0 +1,3 @@
+	.section .data, "waxQ!", @progbits
+	.section .data, "Z", @nobits
+	.section .bss, "wa", @weird
