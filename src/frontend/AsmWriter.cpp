@@ -4,7 +4,9 @@
 #include "frontend/ExprEval.h"
 #include "frontend/VorpParser.h"
 #include "frontend/VorpTokeniser.h"
+#include "model/VormLabelLine.h"
 #include "model/VormLocDirectiveLine.h"
+#include "model/VormPostponedExp.h"
 
 #include <cstring>
 #include <string>
@@ -33,6 +35,233 @@ AsmWriter::AsmWriter(VormAssembler& assembler, VorpErrorHandler& errorHandler, b
 void AsmWriter::makeLabelLine(const Token& name)
 {
     m_assembler.addLabel(m_section, name, m_schedule);
+}
+
+void AsmWriter::dataDirective(const Token& directive, OperandList values)
+{
+    VormDataLine::Type type = VormDataLine::WORD;
+    switch (directive.symbol) {
+    case S_D_BYTE: type = VormDataLine::BYTE; break;
+    case S_D_SHORT: type = VormDataLine::SHORT; break;
+    case S_D_ULEB128: type = VormDataLine::ULEB128; break;
+    case S_D_SLEB128: type = VormDataLine::SLEB128; break;
+    default: break;
+    }
+    const LineLocation location = locationOf(directive);
+    std::vector<Operand*> operands;
+    for (OperandPtr& value : values) {
+        Operand* operand = ExprEval::optimise(value.release());
+        int constant = 0;
+        if (operand->getOpcode() == Operand::INTEGER && ExprEval::evaluate(operand, constant) &&
+            !VormDataLine::valueFits(type, constant))
+            m_errorHandler.vorpError(location, AssErrorCodes::VALUE_OUT_OF_RANGE, "value %d out of range for %s directive\n",
+                                     constant, directive.text);
+        operands.push_back(operand);
+    }
+    m_assembler.addData(m_section, location, type, std::move(operands));
+}
+
+void AsmWriter::asciiDirective(const Token& directive, TokenLinePtr strings)
+{
+    if (!strings)
+        return;
+    std::vector<Token> texts;
+    for (const Token& token : *strings) {
+        if (token.symbol == S_STVAL)
+            texts.push_back(token);
+    }
+    m_assembler.addAscii(m_section, locationOf(directive), directive.symbol == S_D_ASCIIZ, std::move(texts));
+}
+
+void AsmWriter::identDirective(const Token&, const Token& text)
+{
+    m_assembler.getNotes().emplace_back(NoteMemo::IDENT, text.text);
+}
+
+void AsmWriter::coreDirective(const Token& directive, const Token& text)
+{
+    if (std::strcmp(text.text, "TL3") != 0) {
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::UNSUPPORTED_CORE, "Unsupported core \"%s\".\n",
+                                 text.text);
+        return;
+    }
+    m_assembler.getNotes().emplace_back(NoteMemo::CORE, text.text);
+}
+
+void AsmWriter::coreRevDirective(const Token& directive, const Token& text)
+{
+    const LineLocation location = locationOf(directive);
+    if (std::strcmp(text.text, "REVB") != 0 && std::strcmp(text.text, "REVC") != 0)
+        m_errorHandler.vorpError(location, AssErrorCodes::UNSUPPORTED_CORE_REVISION,
+                                 "Unsupported core revision \"%s\".\n", text.text);
+    if (m_assembler.getArch() != VormAssembler::TL3B)
+        m_errorHandler.vorpError(location, AssErrorCodes::CORE_REVISION_MISMATCH,
+                                 "Core revision \"%s\" does not match command line options.\n", text.text);
+    m_assembler.getNotes().emplace_back(NoteMemo::CORE_REVISION, text.text);
+}
+
+void AsmWriter::setDirective(const Token& directive, const Token& symbol, OperandPtr value)
+{
+    setDirectiveCommon(locationOf(directive), symbol, std::move(value));
+}
+
+void AsmWriter::setDirective2(const Token& symbol, OperandPtr value)
+{
+    setDirectiveCommon(locationOf(symbol), symbol, std::move(value));
+}
+
+void AsmWriter::linksetDirective(const Token& directive, const Token& symbol, OperandPtr value)
+{
+    setDirectiveCommon(locationOf(directive), symbol, std::move(value));
+}
+
+VormLabel* AsmWriter::currentLocationLabel(const Operand* expression, const LineLocation& location)
+{
+    if (!ExprEval::usesCurrentLocation(expression))
+        return nullptr;
+    return m_assembler.addUniqueLabel(m_section, location, m_schedule)->getLabel();
+}
+
+void AsmWriter::setDirectiveCommon(const LineLocation& location, const Token& name, OperandPtr expression)
+{
+    static const struct {
+        const char* suffix;
+        std::int32_t operation;
+    } suffixes[] = {
+        {".nstackwords", VormLinkerExps::LINKOP_STACKSIZE_S},
+        {".nstackwords.pragma", VormLinkerExps::LINKOP_PRAGMA_S},
+        {".calldepth", VormLinkerExps::LINKOP_CALLDEPTH_S},
+        {".maxthreads", VormLinkerExps::LINKOP_MAXTHREADS_S},
+        {".maxtimers", VormLinkerExps::LINKOP_MAXTIMERS_S},
+        {".maxchanends", VormLinkerExps::LINKOP_MAXCHANENDS_S},
+        {".maxsync", VormLinkerExps::LINKOP_MAXSYNC_S},
+        {".actnoside", VormLinkerExps::LINKOP_ACTNOSIDE_S},
+        {".locnoside", VormLinkerExps::LINKOP_LOCNOSIDE_S},
+        {".actnochandec", VormLinkerExps::LINKOP_ACTNOCHANDEC_S},
+        {".locnochandec", VormLinkerExps::LINKOP_LOCNOCHANDEC_S},
+    };
+
+    VormLabels& labels = m_assembler.getLabels();
+    OperandPtr tree(ExprEval::optimise(expression.release()));
+    VormLabel* label = nullptr;
+    if (tree->getOpcode() == Operand::INTEGER) {
+        label = labels.addAbsoluteLabel(location, name.text, tree->getToken(0).constantValue);
+    } else if (tree->getOpcode() == Operand::SYMBOL && std::strcmp(tree->getToken(0).text, ".") == 0) {
+        // "." is the present place: a label line stands there and the name becomes another name for it.
+        VormLabel* here = currentLocationLabel(tree.get(), location);
+        label = labels.addDefinedLabel(location, name.text, here, nullptr, 0, SYMBOL_ALIAS);
+    } else if (tree->getOpcode() == Operand::SYMBOL) {
+        label = labels.addAliasLabel(location, name.text, tree->getToken(0).text);
+    } else {
+        VormLabel* here = currentLocationLabel(tree.get(), location);
+        label = labels.addLinksetLabel(location, name.text);
+        VormPostponedExp::compile(m_assembler, tree.get(), location, here, true, label);
+    }
+
+    // A compiler's resource symbols ("f.nstackwords") tell the linker facts about the function f.
+    const std::string fullName = label->getName();
+    for (const auto& row : suffixes) {
+        const std::size_t length = std::strlen(row.suffix);
+        if (fullName.size() > length && fullName.compare(fullName.size() - length, length, row.suffix) == 0) {
+            VormLabel* function = labels.getOrAddRequiredLabel(fullName.substr(0, fullName.size() - length).c_str(), false);
+            m_assembler.getLinkerExps().addExp(row.operation, function).addSymOp(label);
+        }
+    }
+}
+
+void AsmWriter::sizeDirective(const Token& directive, const Token& symbol, OperandPtr size)
+{
+    const LineLocation location = locationOf(directive);
+    VormLabel* label = m_assembler.getLabels().getOrTentativelyAddLabel(symbol.text, false);
+    OperandPtr tree(ExprEval::optimise(size.release()));
+    if (tree->getOpcode() == Operand::INTEGER) {
+        label->setSize(tree->getToken(0).constantValue);
+        return;
+    }
+    VormLabel* here = currentLocationLabel(tree.get(), location);
+    if (VormLabel* value = VormPostponedExp::compile(m_assembler, tree.get(), location, here, false, nullptr))
+        m_assembler.getLinkerExps().addExp(VormLinkerExps::LINKOP_SIZE_cS, value).addConstOp(0).addSymOp(label);
+}
+
+void AsmWriter::inlinedDirective(const Token& directive, const Token& symbol)
+{
+    VormLabels& labels = m_assembler.getLabels();
+    VormLabel* inlined = labels.findLabel(".L.inlined");
+    if (!inlined)
+        inlined = labels.addAbsoluteLabel(locationOf(directive), ".L.inlined", 0);
+    m_assembler.getLinkerExps().addExp(VormLinkerExps::LINKOP_INLINED_s, inlined).addStrOp(symbol.text);
+}
+
+void AsmWriter::callDirective(const Token&, const Token& caller, const Token& callee)
+{
+    VormLabels& labels = m_assembler.getLabels();
+    VormLabel* first = labels.getOrAddRequiredLabel(caller.text, false);
+    m_assembler.getLinkerExps()
+        .addExp(VormLinkerExps::LINKOP_CALLS_S, first)
+        .addSymOp(labels.getOrAddRequiredLabel(callee.text, false));
+}
+
+void AsmWriter::parDirective(const Token&, const Token& first, const Token& second, const Token& text)
+{
+    VormLabels& labels = m_assembler.getLabels();
+    VormLabel* a = labels.getOrAddRequiredLabel(first.text, false);
+    m_assembler.getLinkerExps()
+        .addExp(VormLinkerExps::LINKOP_PAR_Ss, a)
+        .addSymOp(labels.getOrAddRequiredLabel(second.text, false))
+        .addStrOp(text.text);
+}
+
+void AsmWriter::globPassesRefDirective(const Token&, const Token& first, const Token& second, const Token& text)
+{
+    VormLabels& labels = m_assembler.getLabels();
+    VormLabel* a = labels.getOrAddRequiredLabel(first.text, false);
+    m_assembler.getLinkerExps()
+        .addExp(VormLinkerExps::LINKOP_GLOBPASSESREF_Ss, a)
+        .addSymOp(labels.getOrAddRequiredLabel(second.text, false))
+        .addStrOp(text.text);
+}
+
+void AsmWriter::readWriteDirective(const Token& directive, const Token& first, const Token& second,
+                                   OperandPtr offset, OperandPtr size, const Token& text)
+{
+    const LineLocation location = locationOf(directive);
+    std::int32_t operation = VormLinkerExps::LINKOP_PARWRITE_Ssc;
+    if (directive.symbol == S_D_GLOBREAD)
+        operation = VormLinkerExps::LINKOP_GLOBREAD_Ssc;
+    else if (directive.symbol == S_D_GLOBWRITE)
+        operation = VormLinkerExps::LINKOP_GLOBWRITE_Ssc;
+
+    int offsetValue = 0;
+    int sizeValue = 0;
+    if (offset) {
+        const bool offsetConstant = ExprEval::evaluate(offset.get(), offsetValue);
+        const bool sizeConstant = ExprEval::evaluate(size.get(), sizeValue);
+        bool failed = false;
+        auto report = [&](AssErrorCodes::ErrorCode code, const char* format) {
+            m_errorHandler.vorpError(location, code, format, directive.text, 65535);
+            failed = true;
+        };
+        // The spelling keeps its dot, so these messages show two: callers match on that.
+        if (!offsetConstant)
+            report(AssErrorCodes::NOT_CONSTANT, "Offset argument of .%s directive is not a constant expression.\n");
+        if (!sizeConstant)
+            report(AssErrorCodes::NOT_CONSTANT, "Size argument of .%s directive is not a constant expression.\n");
+        if (offsetConstant && offsetValue > 65535)
+            report(AssErrorCodes::OFFSET_OR_SIZE_TOO_LARGE, "Offset argument of .%s directive is greater than %d.\n");
+        if (sizeConstant && sizeValue > 65535)
+            report(AssErrorCodes::OFFSET_OR_SIZE_TOO_LARGE, "Size argument of .%s directive is greater than %d.\n");
+        if (failed)
+            return;
+    }
+    VormLabels& labels = m_assembler.getLabels();
+    VormLabel* a = labels.getOrAddRequiredLabel(first.text, false);
+    VormLinkerExps::Expression& expression = m_assembler.getLinkerExps()
+                                                 .addExp(operation, a)
+                                                 .addSymOp(labels.getOrAddRequiredLabel(second.text, false))
+                                                 .addStrOp(text.text);
+    if (offset)
+        expression.addConstOp(static_cast<std::int32_t>((static_cast<std::uint32_t>(offsetValue) << 16) |
+                                                        static_cast<std::uint32_t>(sizeValue)));
 }
 
 void AsmWriter::alignDirective(const Token& directive, OperandPtr value, OperandPtr fill)

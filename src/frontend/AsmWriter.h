@@ -27,6 +27,22 @@ public:
     void setSection(const TokenLine& line);
 
     void makeLabelLine(const Token& name) override;
+    void dataDirective(const Token& directive, OperandList values) override;
+    void asciiDirective(const Token& directive, TokenLinePtr strings) override;
+    void identDirective(const Token& directive, const Token& text) override;
+    void coreDirective(const Token& directive, const Token& text) override;
+    void coreRevDirective(const Token& directive, const Token& text) override;
+    void setDirective(const Token& directive, const Token& symbol, OperandPtr value) override;
+    void setDirective2(const Token& symbol, OperandPtr value) override;
+    void linksetDirective(const Token& directive, const Token& symbol, OperandPtr value) override;
+    void sizeDirective(const Token& directive, const Token& symbol, OperandPtr size) override;
+    void inlinedDirective(const Token& directive, const Token& symbol) override;
+    void callDirective(const Token& directive, const Token& caller, const Token& callee) override;
+    void parDirective(const Token& directive, const Token& first, const Token& second, const Token& text) override;
+    void globPassesRefDirective(const Token& directive, const Token& first, const Token& second,
+                                const Token& text) override;
+    void readWriteDirective(const Token& directive, const Token& first, const Token& second, OperandPtr offset,
+                            OperandPtr size, const Token& text) override;
     void alignDirective(const Token& directive, OperandPtr value, OperandPtr fill) override;
     void fileDirective(const Token& directive, const Token& name) override;
     void visibilityDirective(const Token& directive, const Token& symbol, const Token* text) override;
@@ -43,6 +59,11 @@ public:
     void syntaxDirective(const Token& directive, const Token& word) override;
 
 private:
+    // `.set`, `NAME =` and `.linkset`: a constant, an alias, or a value the linker works out.
+    void setDirectiveCommon(const LineLocation& location, const Token& name, OperandPtr expression);
+    // A label for "." at the present place, when the expression needs one.
+    VormLabel* currentLocationLabel(const Operand* expression, const LineLocation& location);
+
     VormAssembler& m_assembler;
     VorpErrorHandler& m_errorHandler;
     bool m_defaultSchedule;

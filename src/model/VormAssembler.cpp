@@ -7,6 +7,7 @@
 #include "encoding/EncodingFailInfo.h"
 #include "frontend/VormExprEval.h"
 #include "model/VormAlignDirectiveLine.h"
+#include "model/VormAsciiLine.h"
 #include "model/VormCCDirectiveLine.h"
 #include "model/VormLabelLine.h"
 #include "model/VormLine.h"
@@ -32,7 +33,7 @@ VormAssembler::VormAssembler(std::string sourcePath, std::string workingDir, Tel
                              const char* outputFile, bool listing, bool verbose, Arch arch,
                              VorpErrorHandler* errorHandler, bool binaryDump, bool debug, bool rewriteDebug,
                              bool warnRewriteDebug, const char* binaryDumpFile, std::uint32_t maxEncodingPasses)
-    : m_labels(errorHandler), m_errorHandler(errorHandler), m_arch(arch), m_utils(utils),
+    : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler), m_arch(arch), m_utils(utils),
       m_sourcePath(std::move(sourcePath)), m_workingDir(std::move(workingDir)), m_outputFile(outputFile),
       m_binaryDumpFile(binaryDumpFile), m_listing(listing), m_binaryDump(binaryDump), m_debug(debug),
       m_rewriteDebug(rewriteDebug), m_warnRewriteDebug(warnRewriteDebug), m_verbose(verbose),
@@ -215,6 +216,41 @@ VormCCDirectiveLine* VormAssembler::addCCBottom(VormSection* section, std::uniqu
     return line;
 }
 
+VormCCDirectiveLine* VormAssembler::addCCTop(VormSection* section, LinePosition position,
+                                             std::unique_ptr<TokenLine> tokens)
+{
+    auto* line = new VormCCDirectiveLine(CC_TOP_LINE, std::move(tokens), nullptr);
+    addLine(section, position, line);
+    line->defineLabels(*this);
+    return line;
+}
+
+VormCCDirectiveLine* VormAssembler::addCCBottom(VormSection* section, LinePosition position,
+                                                std::unique_ptr<TokenLine> tokens, VormCCDirectiveLine* top)
+{
+    auto* line = new VormCCDirectiveLine(CC_BOTTOM_LINE, std::move(tokens), top);
+    addLine(section, position, line);
+    line->defineLabels(*this);
+    return line;
+}
+
+VormAsciiLine* VormAssembler::addAscii(VormSection* section, const LineLocation& location, bool zeroTerminate,
+                                       std::vector<Token> strings)
+{
+    auto* line = new VormAsciiLine(location, zeroTerminate, std::move(strings));
+    addLine(section, line);
+    return line;
+}
+
+VormDataLine* VormAssembler::addData(VormSection* section, const LineLocation& location, VormDataLine::Type type,
+                                     std::vector<Operand*> operands)
+{
+    auto* line = new VormDataLine(location, type, std::move(operands));
+    addLine(section, line);
+    line->init(*this);
+    return line;
+}
+
 VormLabelLine* VormAssembler::addLabelLine(VormLabel* label, VormSection* section, LinePosition position,
                                            const LineLocation& location, bool schedule)
 {
@@ -259,6 +295,8 @@ int VormAssembler::postParse(const char* fileSymbolName)
         chooseInstructionFormats();
     if (ok())
         m_labels.finaliseLabels();
+    if (ok())
+        addDefaultNotes();
 
     if (!ok())
         std::remove(m_outputFile);
@@ -377,6 +415,30 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
     }
     assert(address.min == address.max);
     section->setSize(address.min);
+}
+
+void VormAssembler::addDefaultNotes()
+{
+    bool haveCore = false;
+    bool haveRevision = false;
+    for (const NoteMemo& note : m_notes) {
+        haveCore = haveCore || note.getKind() == NoteMemo::CORE;
+        haveRevision = haveRevision || note.getKind() == NoteMemo::CORE_REVISION;
+    }
+    if (!haveCore)
+        m_notes.emplace_back(NoteMemo::CORE, "TL3");
+    if (!haveRevision) {
+        std::string revision;
+        switch (m_arch) {
+        case TL3B:
+            revision = "REVB";
+            break;
+        default:
+            assert(0 && "Unknown arch");
+        }
+        if (!revision.empty())
+            m_notes.emplace_back(NoteMemo::CORE_REVISION, revision);
+    }
 }
 
 void VormAssembler::dump() const

@@ -2,7 +2,10 @@
 
 #include "diag/Location.h"
 #include "frontend/Token.h"
+#include "metadata/NoteMemo.h"
+#include "model/VormDataLine.h"
 #include "model/VormLabels.h"
+#include "model/VormLinkerExps.h"
 #include "model/VormSection.h"
 
 #include <cstdint>
@@ -14,6 +17,7 @@
 namespace vorp {
 
 class VormAlignDirectiveLine;
+class VormAsciiLine;
 class VormCCDirectiveLine;
 class VormLabelLine;
 class VormLine;
@@ -43,6 +47,9 @@ public:
     virtual ~VormAssembler();
 
     VormLabels& getLabels() { return m_labels; }
+    VormLinkerExps& getLinkerExps() { return m_linkerExps; }
+    std::vector<NoteMemo>& getNotes() { return m_notes; }
+    Arch getArch() const { return m_arch; }
     VorpErrorHandler& getErrorHandler() { return *m_errorHandler; }
     bool getDebug() const { return m_debug; }
 
@@ -80,8 +87,17 @@ public:
                                      const LineLocation& location, bool schedule);
     VormAlignDirectiveLine* addAlign(VormSection* section, std::uint32_t alignment, std::uint32_t fill,
                                      const LineLocation& location, bool schedule);
+    // Errors 44 and 34 for blocks that don't pair up.
     VormCCDirectiveLine* addCCTop(VormSection* section, std::unique_ptr<TokenLine> tokens);
     VormCCDirectiveLine* addCCBottom(VormSection* section, std::unique_ptr<TokenLine> tokens);
+    // Blocks made by passes: inserted as they are, without the pairing checks.
+    VormCCDirectiveLine* addCCTop(VormSection* section, LinePosition position, std::unique_ptr<TokenLine> tokens);
+    VormCCDirectiveLine* addCCBottom(VormSection* section, LinePosition position, std::unique_ptr<TokenLine> tokens,
+                                     VormCCDirectiveLine* top);
+    VormAsciiLine* addAscii(VormSection* section, const LineLocation& location, bool zeroTerminate,
+                            std::vector<Token> strings);
+    VormDataLine* addData(VormSection* section, const LineLocation& location, VormDataLine::Type type,
+                          std::vector<Operand*> operands);
     VormLabelLine* addLabelLine(VormLabel* label, VormSection* section, LinePosition position,
                                 const LineLocation& location, bool schedule);
     VormLabelLine* addLabel(VormSection* section, const Token& name, bool schedule);
@@ -92,6 +108,9 @@ public:
 
     // Runs the passes; 0 on success, 1 after any error, when the output file is also removed.
     int postParse(const char* fileSymbolName);
+
+    // Makes sure the object names its architecture and core revision.
+    void addDefaultNotes();
 
     // Every section as text, on standard error.
     void dump() const;
@@ -105,6 +124,8 @@ private:
 
     VormLabels m_labels;
     VorpErrorHandler* m_errorHandler;
+    VormLinkerExps m_linkerExps;
+    std::vector<NoteMemo> m_notes;
     Arch m_arch;
     TelkUtils* m_utils;
     std::string m_filename;

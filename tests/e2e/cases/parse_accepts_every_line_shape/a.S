@@ -3,7 +3,7 @@
 a: b: nop
 	ldw r0, sp[1]:x
 foo = 3
-	.set foo, 3 ; ret
+	.set bar, 3 ; ret
 	.section .dp.data, "awd", @progbits, 4, 2 $M 1
 	.loc 1 2 3 is_stmt 0
-	.word a ? b $: c ? d $: e, -(1 + x) * ~y
+	.word a ? b $: c ? d $: e, (1 + x) * y

@@ -1,0 +1,221 @@
+#include "model/VormDataLine.h"
+
+#include "encoding/Relocations.h"
+#include "frontend/ExprEval.h"
+#include "model/VormAssembler.h"
+#include "model/VormPostponedExp.h"
+
+#include <cassert>
+#include <sstream>
+
+namespace vorp {
+
+namespace {
+
+std::uint32_t integerValue(const Operand* operand)
+{
+    return operand->getToken(0).constantValue;
+}
+
+std::uint32_t ulebSize(std::uint32_t value)
+{
+    std::uint32_t size = 1;
+    while (value >= 0x80) {
+        value >>= 7;
+        ++size;
+    }
+    return size;
+}
+
+std::uint32_t slebSize(std::int32_t value)
+{
+    std::uint32_t size = 1;
+    while (!((value >= -64 && value < 64))) {
+        value >>= 7;
+        ++size;
+    }
+    return size;
+}
+
+std::uint8_t* writeUleb(std::uint8_t* out, std::uint32_t value)
+{
+    do {
+        std::uint8_t byte = value & 0x7f;
+        value >>= 7;
+        if (value)
+            byte |= 0x80;
+        *out++ = byte;
+    } while (value);
+    return out;
+}
+
+std::uint8_t* writeSleb(std::uint8_t* out, std::int32_t value)
+{
+    for (;;) {
+        const std::uint8_t byte = value & 0x7f;
+        value >>= 7;
+        if ((value == 0 && !(byte & 0x40)) || (value == -1 && (byte & 0x40))) {
+            *out++ = byte;
+            return out;
+        }
+        *out++ = byte | 0x80;
+    }
+}
+
+} // namespace
+
+VormDataLine::VormDataLine(const LineLocation& location, Type type, std::vector<Operand*> operands)
+    : VormLine(DATA_LINE, false), m_location(location), m_type(type), m_operands(std::move(operands))
+{
+}
+
+VormDataLine::~VormDataLine()
+{
+    for (Operand* operand : m_operands)
+        Operand::deepFree(operand);
+}
+
+void VormDataLine::init(VormAssembler& assembler)
+{
+    m_labels.assign(m_operands.size(), nullptr);
+    VormLabel* currentLabel = nullptr;
+    for (unsigned i = 0; i < m_operands.size(); ++i) {
+        m_operands[i] = ExprEval::optimise(m_operands[i]);
+        if (m_operands[i]->getOpcode() == Operand::INTEGER)
+            continue;
+        if (!currentLabel && ExprEval::usesCurrentLocation(m_operands[i]))
+            currentLabel = assembler.getLabels().addUniqueDefinedLabel(this);
+        compileOperand(assembler, i, currentLabel);
+    }
+}
+
+void VormDataLine::compileOperand(VormAssembler& assembler, unsigned index, VormLabel* currentLabel)
+{
+    const bool allocated = (getSection()->getFlags() & VormAssembler::SHF_ALLOC) != 0;
+    m_labels[index] = VormPostponedExp::compile(assembler, m_operands[index], m_location, currentLabel, allocated,
+                                                nullptr);
+}
+
+void VormDataLine::replaceOperand(VormAssembler& assembler, unsigned num, Operand* operand)
+{
+    assert(num <= m_operands.size());
+    Operand::deepFree(m_operands[num]);
+    m_labels[num] = nullptr;
+    m_operands[num] = ExprEval::optimise(operand);
+    if (m_operands[num]->getOpcode() == Operand::INTEGER)
+        return;
+    assert(!ExprEval::usesCurrentLocation(m_operands[num]));
+    compileOperand(assembler, num, nullptr);
+}
+
+bool VormDataLine::valueFits(Type type, int value)
+{
+    switch (type) {
+    case BYTE: return value >= -128 && value <= 255;
+    case SHORT: return value >= -32768 && value <= 65535;
+    default: return true;
+    }
+}
+
+std::uint32_t VormDataLine::getEntrySize() const
+{
+    switch (m_type) {
+    case BYTE: return 1;
+    case SHORT: return 2;
+    case WORD: return 4;
+    default: assert(0 && "variable entry size"); return 0;
+    }
+}
+
+std::uint32_t VormDataLine::getEntrySize(const Operand* operand) const
+{
+    if (!hasVariableEntrySize())
+        return getEntrySize();
+    if (operand->getOpcode() != Operand::INTEGER)
+        return 5;
+    const std::uint32_t value = integerValue(operand);
+    return m_type == ULEB128 ? ulebSize(value) : slebSize(static_cast<std::int32_t>(value));
+}
+
+std::uint32_t VormDataLine::getSize() const
+{
+    if (!hasVariableEntrySize())
+        return getEntrySize() * static_cast<std::uint32_t>(m_operands.size());
+    std::uint32_t size = 0;
+    for (const Operand* operand : m_operands)
+        size += getEntrySize(operand);
+    return size;
+}
+
+void VormDataLine::getByteRange(std::uint32_t& minBytes, std::uint32_t& maxBytes) const
+{
+    minBytes = maxBytes = getSize();
+}
+
+bool VormDataLine::requiresRelocations() const
+{
+    for (const VormLabel* label : m_labels) {
+        if (label)
+            return true;
+    }
+    return false;
+}
+
+std::uint32_t VormDataLine::getRelocationType() const
+{
+    static const std::uint32_t types[] = {14, 15, 1, 13, 17};
+    return types[m_type];
+}
+
+const char* VormDataLine::getDirectiveName() const
+{
+    static const char* const names[] = {".byte", ".short", ".word", ".uleb128", ".sleb128"};
+    return names[m_type];
+}
+
+void VormDataLine::encode(std::uint8_t* buffer, Relocations& relocations, VormAssembler&, VorpErrorHandler&)
+{
+    assert(m_labels.size() == m_operands.size());
+    std::uint8_t* out = buffer;
+    for (unsigned i = 0; i < m_operands.size(); ++i) {
+        const std::uint32_t size = getEntrySize(m_operands[i]);
+        if (m_labels[i]) {
+            relocations.add(m_labels[i], getAddress().min + static_cast<std::uint32_t>(out - buffer), 0,
+                            getRelocationType());
+            for (std::uint32_t b = 0; b < size; ++b)
+                out[b] = 0;
+            out += size;
+            continue;
+        }
+        assert(m_operands[i]->getOpcode() == Operand::INTEGER);
+        const std::uint32_t value = integerValue(m_operands[i]);
+        if (m_type == ULEB128) {
+            out = writeUleb(out, value);
+        } else if (m_type == SLEB128) {
+            out = writeSleb(out, static_cast<std::int32_t>(value));
+        } else {
+            for (std::uint32_t b = 0; b < size; ++b)
+                out[b] = static_cast<std::uint8_t>(value >> (8 * b));
+            out += size;
+        }
+    }
+}
+
+void VormDataLine::dump(std::ostream& out) const
+{
+    out << getDirectiveName() << ' ';
+    for (unsigned i = 0; i < m_operands.size(); ++i) {
+        if (i)
+            out << ", ";
+        m_operands[i]->dump(out);
+    }
+}
+
+void VormDataLine::printListing(FILE* file)
+{
+    std::ostringstream text;
+    dump(text);
+    fprintf(file, "%s\n", text.str().c_str());
+}
+
+} // namespace vorp

@@ -1,0 +1,5 @@
+	.ident "built by hand"
+	.core "TL3"
+	.core "TL4"
+	.corerev "REVC"
+	.corerev "REVX"
