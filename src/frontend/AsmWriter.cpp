@@ -37,6 +37,11 @@ void AsmWriter::makeLabelLine(const Token& name)
     m_assembler.addLabel(m_section, name, m_schedule);
 }
 
+void AsmWriter::makeAssemblyLine(TokenLinePtr line)
+{
+    m_assembler.addCode(m_section, std::move(line), m_schedule, m_syntax);
+}
+
 void AsmWriter::dataDirective(const Token& directive, OperandList values)
 {
     VormDataLine::Type type = VormDataLine::WORD;

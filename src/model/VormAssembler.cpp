@@ -5,6 +5,9 @@
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "encoding/EncodingFailInfo.h"
+#include "encoding/VormCodeLine.h"
+#include "encoding/VormOperImm.h"
+#include "encoding/VormOperReg.h"
 #include "frontend/VormExprEval.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAsciiLine.h"
@@ -15,6 +18,7 @@
 
 #include <cassert>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 
@@ -40,8 +44,12 @@ VormAssembler::VormAssembler(std::string sourcePath, std::string workingDir, Tel
       m_maxEncodingPasses(maxEncodingPasses)
 {
     VormExprEval::instance().setErrorHandler(errorHandler);
+    VormOperImm::instance().setErrorHandler(errorHandler);
+    VormOperImm::instance().setVormLabels(&m_labels);
+    VormOperReg::instance().setErrorHandler(errorHandler);
     switch (m_arch) {
     case TL3B:
+        m_instructionTable.build(m_encoders, m_archEncoders);
         break;
     default:
         assert(0 && "Unknown arch");
@@ -283,6 +291,73 @@ VormLabelLine* VormAssembler::addUniqueLabel(VormSection* section, LinePosition 
     return addLabelLine(m_labels.addUniqueUndefinedLabel(), section, position, location, schedule);
 }
 
+const Encoder* VormAssembler::findEncoder(const char* name, Syntax syntax) const
+{
+    const EncoderMap* table = nullptr;
+    switch (syntax) {
+    case SYNTAX_DEFAULT:
+        table = &m_encoders;
+        break;
+    case SYNTAX_ARCHITECTURAL:
+        table = &m_archEncoders;
+        break;
+    default:
+        assert(0 && "Unexpected syntax");
+    }
+    const auto found = table->find(name);
+    return found == table->end() ? nullptr : found->second.get();
+}
+
+VormCodeLine* VormAssembler::addCode(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule,
+                                     Syntax syntax)
+{
+    const Token mnemonic = tokens->front();
+    if (const Encoder* encoder = findEncoder(mnemonic.text, syntax)) {
+        auto* line = new VormCodeLine(std::move(tokens), encoder, schedule);
+        addLine(section, line);
+        return line;
+    }
+    const LineLocation location(mnemonic.file, static_cast<unsigned>(mnemonic.line));
+    const Syntax other = syntax == SYNTAX_DEFAULT ? SYNTAX_ARCHITECTURAL : SYNTAX_DEFAULT;
+    if (findEncoder(mnemonic.text, other)) {
+        m_errorHandler->vorpError(location, AssErrorCodes::SUGGESTION, "Use of \"%s\" outside of %s syntax mode.\n",
+                                  mnemonic.text, other == SYNTAX_DEFAULT ? "default" : "architectural");
+        return nullptr;
+    }
+    m_errorHandler->vorpError(location, AssErrorCodes::UNKNOWN_OPCODE, "Unknown opcode '%s'\n", mnemonic.text);
+    const std::string name = mnemonic.text;
+    const std::size_t underscore = name.find('_');
+    if (underscore != std::string::npos) {
+        const std::string suggestion = name.substr(0, underscore) + "I" + name.substr(underscore);
+        if (findEncoder(suggestion.c_str(), syntax))
+            m_errorHandler->vorpError(location, AssErrorCodes::SUGGESTION, "Did you mean '%s'?\n", suggestion.c_str());
+    }
+    return nullptr;
+}
+
+void VormAssembler::noMatchingFormatError(EncodingFailInfo& failInfo)
+{
+    if (!failInfo.m_outOfRange) {
+        m_errorHandler->vorpError(failInfo.m_location, AssErrorCodes::NO_MATCHING_FORMAT,
+                                  "no format matching for instruction: '%s'\n", failInfo.m_instruction.c_str());
+    } else {
+        std::string list;
+        for (const auto& [lo, hi] : failInfo.m_ranges)
+            list += (list.empty() ? "" : ", ") + std::to_string(lo) + ".." + std::to_string(hi);
+        m_errorHandler->vorpError(failInfo.m_location, AssErrorCodes::IMMEDIATE_OUT_OF_RANGE,
+                                  "Immediate out of range for instruction: '%s'.  Value is %d. Allowed range%s: %s.\n",
+                                  failInfo.m_instruction.c_str(), failInfo.m_value,
+                                  failInfo.m_ranges.size() == 1 ? " is" : "s are", list.c_str());
+    }
+    if (m_verbose) {
+        fprintf(stderr, "       Known formats for '%s':\n", failInfo.m_instruction.c_str());
+        const Encoder* encoder = findEncoder(failInfo.m_instruction.c_str(), SYNTAX_DEFAULT);
+        assert(encoder);
+        encoder->printFormats(stderr);
+    }
+    std::exit(1);
+}
+
 int VormAssembler::postParse(const char* fileSymbolName)
 {
     (void)fileSymbolName; // names the object's file symbol when no .file did
@@ -377,8 +452,8 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
             if (!line->isDone()) {
                 EncodingFailInfo failInfo;
                 bool changed = false;
-                const bool encodable = line->chooseEncoder(force, m_labels, changed, failInfo, false);
-                assert(encodable);
+                if (!line->chooseEncoder(force, m_labels, changed, failInfo, false))
+                    noMatchingFormatError(failInfo);
                 if (changed) {
                     anyChanged = true;
                     force = false;
@@ -408,8 +483,8 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
             m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_CODE, "Misaligned code detected!\n");
         EncodingFailInfo failInfo;
         bool changed = false;
-        const bool encodable = line->chooseEncoder(force, m_labels, changed, failInfo, true);
-        assert(encodable);
+        if (!line->chooseEncoder(force, m_labels, changed, failInfo, true))
+            noMatchingFormatError(failInfo);
         assert(line->isDone());
         address = line->getNextAddress();
     }

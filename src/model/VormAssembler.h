@@ -1,6 +1,7 @@
 #pragma once
 
 #include "diag/Location.h"
+#include "encoding/Tl3bInstructionTable.h"
 #include "frontend/Token.h"
 #include "metadata/NoteMemo.h"
 #include "model/VormDataLine.h"
@@ -17,6 +18,7 @@
 namespace vorp {
 
 class VormAlignDirectiveLine;
+class VormCodeLine;
 class VormAsciiLine;
 class VormCCDirectiveLine;
 class VormLabelLine;
@@ -106,6 +108,14 @@ public:
     VormLabelLine* addUniqueLabel(VormSection* section, LinePosition position, const LineLocation& location,
                                   bool schedule);
 
+    // The encoder of a mnemonic in a syntax, or null.
+    const Encoder* findEncoder(const char* name, Syntax syntax) const;
+    // An instruction line; an unknown mnemonic is reported (error 4, or 0 when the other syntax
+    // knows it) and gives null.
+    VormCodeLine* addCode(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule, Syntax syntax);
+    // Reports an instruction that no format fits (errors 48, 49) and ends the run.
+    [[noreturn]] void noMatchingFormatError(EncodingFailInfo& failInfo);
+
     // Runs the passes; 0 on success, 1 after any error, when the output file is also removed.
     int postParse(const char* fileSymbolName);
 
@@ -122,6 +132,10 @@ private:
     void chooseInstructionFormats();
     void chooseInstructionFormats(VormSection* section);
 
+    // Lines point into the encoders, so these outlive the sections.
+    Tl3bInstructionTable m_instructionTable;
+    EncoderMap m_encoders;
+    EncoderMap m_archEncoders;
     VormLabels m_labels;
     VorpErrorHandler* m_errorHandler;
     VormLinkerExps m_linkerExps;

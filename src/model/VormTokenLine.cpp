@@ -27,6 +27,12 @@ const Token& VormTokenLine::getToken(unsigned tokenNum) const
     return *m_tokenPointers[tokenNum];
 }
 
+void VormTokenLine::setToken(unsigned tokenNum, const Token& token)
+{
+    assert(tokenNum < numTokens());
+    *m_tokenPointers[tokenNum] = token;
+}
+
 void VormTokenLine::dump(std::ostream& out) const
 {
     for (unsigned i = 0; i < numTokens(); ++i) {

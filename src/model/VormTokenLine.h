@@ -22,6 +22,9 @@ public:
     const std::vector<Token*>& getTokens() const { return m_tokenPointers; }
     const Token& getToken(unsigned tokenNum) const;
 
+protected:
+    void setToken(unsigned tokenNum, const Token& token);
+
 private:
     std::unique_ptr<TokenLine> m_tokenLine;
     LineLocation m_location;

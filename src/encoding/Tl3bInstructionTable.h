@@ -1,0 +1,57 @@
+#pragma once
+
+#include "encoding/Encoder.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vorp {
+
+struct Tl3bFormatRow {
+    const char* name;      // the format: instruction and layout
+    std::uint32_t base;    // the encoding with every operand 0; two halfwords for 4 bytes
+    int numBytes;
+    const char* signature; // in the default syntax
+    const char* operands;  // the descriptors, in signature order
+    const char* flags;
+    const char* reads;     // implicit registers
+    const char* writes;
+};
+
+struct Tl3bMnemonicRow {
+    const char* name;
+    const char* formats; // separated by blanks, in selection order
+};
+
+extern const Tl3bFormatRow tl3bFormatRows[];
+extern const std::size_t tl3bFormatRowCount;
+extern const Tl3bMnemonicRow tl3bMnemonicRows[];
+extern const std::size_t tl3bMnemonicRowCount;
+extern const Tl3bMnemonicRow tl3bImmediateNames[];
+extern const std::size_t tl3bImmediateNameCount;
+
+using EncoderMap = std::map<std::string, std::unique_ptr<Encoder>>;
+
+// Builds the encoders of both syntaxes from the table. The formats are kept here and shared by
+// the encoders.
+class Tl3bInstructionTable {
+public:
+    void build(EncoderMap& defaultEncoders, EncoderMap& architecturalEncoders);
+
+    // The register index of an implicit register name (r0..r11, cp, dp, sp, lr, sr, ssr, spc, et,
+    // ed, sed, kep, ksp, fx), or -1.
+    static int registerIndex(const std::string& name);
+    // The signature in the architectural syntax: only the operands, joined by commas.
+    static std::string architecturalSignature(const std::string& signature);
+
+private:
+    const EncoderFormat* makeFormat(const Tl3bFormatRow& row, const std::string& signature, bool defaultSyntax);
+
+    std::vector<std::unique_ptr<EncoderFormat>> m_formats;
+};
+
+} // namespace vorp

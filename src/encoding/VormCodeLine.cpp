@@ -1,0 +1,165 @@
+#include "encoding/VormCodeLine.h"
+
+#include "encoding/Encoder.h"
+#include "encoding/EncoderFormat.h"
+#include "model/VormSection.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace vorp {
+
+VormCodeLine::VormCodeLine(std::unique_ptr<TokenLine> tokens, const Encoder* encoder, bool schedule)
+    : VormTokenLine(CODE_LINE, schedule, std::move(tokens))
+{
+    for (unsigned i = 0; i < encoder->numFormats(); ++i)
+        m_formats.push_back(encoder->getFormat(i));
+}
+
+void VormCodeLine::getByteRange(std::uint32_t& minBytes, std::uint32_t& maxBytes) const
+{
+    if (m_formats.empty()) {
+        minBytes = maxBytes = 0;
+        return;
+    }
+    minBytes = static_cast<std::uint32_t>(m_formats.front()->getNumBytes());
+    maxBytes = static_cast<std::uint32_t>(m_formats.back()->getNumBytes());
+}
+
+bool VormCodeLine::isDone() const
+{
+    std::uint32_t minBytes = 0;
+    std::uint32_t maxBytes = 0;
+    getByteRange(minBytes, maxBytes);
+    return minBytes == maxBytes;
+}
+
+bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo, bool final)
+{
+    std::uint32_t minBefore = 0, maxBefore = 0, minAfter = 0, maxAfter = 0;
+    getByteRange(minBefore, maxBefore);
+    const bool result = chooseEncoderImpl(force, labels, failInfo, final);
+    getByteRange(minAfter, maxAfter);
+    changed = minBefore != minAfter || maxBefore != maxAfter;
+    return result;
+}
+
+bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels&, EncodingFailInfo& failInfo, bool final)
+{
+    EncodingFailInfo::Ranges ranges;
+    bool sawOutOfRange = false;
+    int value = 0;
+    for (auto position = m_formats.begin(); position != m_formats.end();) {
+        const auto next = std::next(position);
+        const EncoderFormat* format = *position;
+        const int lastSize = m_formats.back()->getNumBytes();
+        const EncodeResult result =
+            format->canEncode(this, format->getNumBytes() == lastSize, &getSection()->getRelocations(), ranges, value);
+        bool accepted = false;
+        switch (result) {
+        case ENCODE_DEFINITE:
+            accepted = true;
+            break;
+        case ENCODE_CURRENT:
+            accepted = final;
+            break;
+        case ENCODE_POSSIBLE:
+            // A forced pass breaks stalemates: short forms that don't fit now go.
+            if (force && format->getNumBytes() != lastSize)
+                m_formats.erase(position);
+            break;
+        case ENCODE_OUT_OF_RANGE:
+            sawOutOfRange = true;
+            m_formats.erase(position);
+            break;
+        case ENCODE_NO:
+            m_formats.erase(position);
+            break;
+        default:
+            assert(0 && "Unexpected encoding result");
+        }
+        if (accepted && format->getNumBytes() == m_formats.front()->getNumBytes()) {
+            m_formats.assign(1, format);
+            break;
+        }
+        position = next;
+    }
+    if (!m_formats.empty())
+        return true;
+    getFailInfo(failInfo, sawOutOfRange, sawOutOfRange ? &ranges : nullptr, value);
+    return false;
+}
+
+void VormCodeLine::forceSize(std::uint32_t numBytes)
+{
+    m_formats.remove_if([numBytes](const EncoderFormat* format) {
+        return static_cast<std::uint32_t>(format->getNumBytes()) != numBytes;
+    });
+}
+
+void VormCodeLine::addUseReg(int reg)
+{
+    if (std::find(m_regUse.begin(), m_regUse.end(), reg) == m_regUse.end())
+        m_regUse.push_back(reg);
+}
+
+void VormCodeLine::addDefReg(int reg)
+{
+    if (std::find(m_regDef.begin(), m_regDef.end(), reg) == m_regDef.end())
+        m_regDef.push_back(reg);
+}
+
+bool VormCodeLine::isBranch() const
+{
+    return !m_formats.empty() && m_formats.front()->isBranch();
+}
+
+bool VormCodeLine::isLoad() const
+{
+    return !m_formats.empty() && m_formats.front()->isLoad();
+}
+
+bool VormCodeLine::isStore() const
+{
+    return !m_formats.empty() && m_formats.front()->isStore();
+}
+
+bool VormCodeLine::isBarrier() const
+{
+    return !m_formats.empty() && m_formats.front()->isBarrier();
+}
+
+bool VormCodeLine::isLink() const
+{
+    return !m_formats.empty() && m_formats.front()->isLink();
+}
+
+void VormCodeLine::replaceToken(unsigned tokenNum, const Token& token)
+{
+    setToken(tokenNum, token);
+}
+
+void VormCodeLine::getFailInfo(EncodingFailInfo& failInfo, bool outOfRange, const EncodingFailInfo::Ranges* ranges,
+                               int value) const
+{
+    failInfo.m_outOfRange = outOfRange;
+    failInfo.m_instruction = getInstructionName();
+    failInfo.m_location = getLocation();
+    failInfo.m_value = value;
+    if (ranges)
+        failInfo.m_ranges = *ranges;
+}
+
+void VormCodeLine::encode(std::uint8_t* buffer, Relocations& relocations, VormAssembler&, VorpErrorHandler&)
+{
+    assert(isDone());
+    const EncoderFormat* format = m_formats.front();
+    std::uint32_t value = format->getOpcode(this, &relocations);
+    const int size = format->getNumBytes();
+    if (size == 4)
+        value = (value << 16) | (value >> 16); // the prefix halfword comes first in memory
+    for (int i = 0; i < size; ++i)
+        buffer[i] = static_cast<std::uint8_t>(value >> (8 * i));
+}
+
+} // namespace vorp

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vorp {
+
+class OperandDescriptorImm;
+class Relocations;
+class VormCodeLine;
+class VormLabels;
+class VorpErrorHandler;
+
+// Values of immediate operands: constants, labels and label+expression, in the operand's units.
+class VormOperImm {
+public:
+    static VormOperImm& instance();
+
+    void setErrorHandler(VorpErrorHandler* errorHandler) { m_errorHandler = errorHandler; }
+    void setVormLabels(VormLabels* labels) { m_labels = labels; }
+
+    // The lowest, the optimistic and the highest value the operand at `tokenNum` can have at the
+    // line's present address. False when the operand can't be valued for this format: the answer
+    // for an unknown label is `largest`, so that only the longest format keeps it. With `final`,
+    // relocations are added and misalignment is fatal. `tokenNum` ends on the operand's last token.
+    bool getValues(VormCodeLine* line, unsigned& tokenNum, unsigned instructionBytes, int& minimum, int& current,
+                   int& maximum, const OperandDescriptorImm* desc, bool largest, Relocations* relocations,
+                   std::uint32_t relocationType, bool final);
+    // The one value, for a line at its exact address.
+    void getValue(VormCodeLine* line, unsigned tokenNum, unsigned instructionBytes, int& value,
+                  const OperandDescriptorImm* desc, Relocations* relocations, std::uint32_t relocationType);
+
+private:
+    VormOperImm() = default;
+
+    VorpErrorHandler* m_errorHandler = nullptr;
+    VormLabels* m_labels = nullptr;
+};
+
+} // namespace vorp

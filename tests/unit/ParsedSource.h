@@ -1,0 +1,137 @@
+#pragma once
+
+// Runs source text through the real tokeniser, parser and AsmWriter into a fresh assembler, so that
+// tests can look at the lines, labels, notes and ".expr" records the directives leave behind.
+
+#include "diag/ErrorHandler.h"
+#include "diag/TelkUtils.h"
+#include "diag/VorpErrorHandler.h"
+#include "frontend/AsmWriter.h"
+#include "frontend/VorpParser.h"
+#include "frontend/VorpTokeniser.h"
+#include "model/VormAssembler.h"
+#include "model/VormLine.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vorp::test {
+
+class ParsedSource {
+public:
+    // Parses `text` as file "a.S" into ".text"; what went to standard error is kept in `diagnostics`.
+    explicit ParsedSource(const std::string& text)
+        : m_utils{&m_plainErrors}, assembler("a.S", "", &m_utils, m_output.c_str(), false, false, VormAssembler::TL3B,
+                                             &errors, false, false, false, false, nullptr, 4000)
+    {
+        testing::internal::CaptureStderr();
+        m_tokeniser.lexInit({}, &errors);
+        m_tokeniser.addInput("a.S", "a.S", text);
+        m_tokeniser.startScanning();
+        AsmWriter writer(assembler, errors, false);
+        m_section = assembler.addSection(".text", "ax", "progbits", 0, "", false);
+        writer.setCurrentSection(m_section);
+        VorpParser(m_tokeniser, errors, writer).parse();
+        diagnostics = testing::internal::GetCapturedStderr();
+    }
+
+    VormLabel* label(const char* name) { return assembler.getLabels().findLabel(name); }
+    VormSection* section() const { return m_section; }
+    std::vector<VormLine*> lines() const { return {m_section->getLines().begin(), m_section->getLines().end()}; }
+    const std::vector<std::unique_ptr<VormLinkerExps::Expression>>& exps()
+    {
+        return assembler.getLinkerExps().getExpressions();
+    }
+
+    // Settles addresses; the passes must run cleanly.
+    void settle()
+    {
+        ASSERT_EQ(assembler.postParse("a.S"), 0);
+    }
+
+    // The bytes of one line; its relocations go to the section.
+    std::vector<std::uint8_t> encode(VormLine* line)
+    {
+        std::vector<std::uint8_t> bytes(line->getNumBytes() + 1, 0xee);
+        line->encode(bytes.data(), m_section->getRelocations(), assembler, errors);
+        EXPECT_EQ(bytes.back(), 0xee) << "wrote past the line";
+        bytes.pop_back();
+        return bytes;
+    }
+
+    // Every record as "kind label: op op op": constants in decimal, strings quoted, named labels by
+    // name and nameless ones as #1, #2... in order of first appearance in the listing.
+    std::vector<std::string> records()
+    {
+        std::vector<std::string> result;
+        for (const auto& e : exps()) {
+            std::string text = std::to_string(e->kind) + " " + name(e->label) + ":";
+            for (std::uint32_t i = 0; i < e->numOps; ++i) {
+                const VormLinkerExps::Operand& op = e->ops[i];
+                if (op.type == VormLinkerExps::OPERAND_CONSTANT)
+                    text += " " + std::to_string(op.constant);
+                else if (op.type == VormLinkerExps::OPERAND_SYMBOL)
+                    text += " " + name(op.symbol);
+                else
+                    text += std::string(" \"") + (op.string ? op.string : "(null)") + "\"";
+            }
+            result.push_back(text);
+        }
+        return result;
+    }
+
+    // The section's relocations as "type label@address", with "+addend" when there is one.
+    std::vector<std::string> relocations()
+    {
+        std::vector<std::string> result;
+        const Relocations& r = m_section->getRelocations();
+        for (std::size_t i = 0; i < r.numRelocationEntries(); ++i) {
+            std::string text = std::to_string(r.relocationEntryType(i)) + " " + name(r.relocationEntrySym(i)) + "@" +
+                               std::to_string(r.relocationEntryAddress(i));
+            if (r.relocationEntryAddEnd(i))
+                text += "+" + std::to_string(r.relocationEntryAddEnd(i));
+            result.push_back(text);
+        }
+        return result;
+    }
+
+    // The label a listing name stands for, after records() has run.
+    VormLabel* nameless(int number) const
+    {
+        for (const auto& [label, n] : m_nameless)
+            if (n == number)
+                return const_cast<VormLabel*>(label);
+        return nullptr;
+    }
+
+    std::string name(const VormLabel* label)
+    {
+        if (!label)
+            return "(null)";
+        if (!label->isUnnamed())
+            return label->getName();
+        auto found = m_nameless.find(label);
+        if (found == m_nameless.end())
+            found = m_nameless.emplace(label, static_cast<int>(m_nameless.size()) + 1).first;
+        return "#" + std::to_string(found->second);
+    }
+
+private:
+    std::string m_output = testing::TempDir() + "parsed_source_test.o";
+    ErrorHandler m_plainErrors;
+    TelkUtils m_utils;
+    VorpTokeniser m_tokeniser;
+    std::map<const VormLabel*, int> m_nameless;
+    VormSection* m_section = nullptr;
+
+public:
+    VorpErrorHandler errors;
+    VormAssembler assembler;
+    std::string diagnostics;
+};
+
+} // namespace vorp::test
