@@ -5,6 +5,7 @@
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "encoding/EncodingFailInfo.h"
+#include "encoding/InstructionGroupingSingle.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormOperImm.h"
 #include "encoding/VormOperReg.h"
@@ -437,9 +438,21 @@ void VormAssembler::chooseInstructionFormats()
         chooseInstructionFormats(section.get());
 }
 
+void VormAssembler::getInstructionGroupings(VormSection* section, InstructionGroupings& groupings,
+                                            bool& hasScheduling)
+{
+    // Scheduled blocks are not formed yet: every line is a grouping of its own.
+    hasScheduling = false;
+    for (VormLine* line : section->getLines())
+        groupings.push_back(std::make_unique<InstructionGroupingSingle>(line));
+}
+
 void VormAssembler::chooseInstructionFormats(VormSection* section)
 {
-    LineList& lines = section->getLines();
+    InstructionGroupings groupings;
+    bool hasScheduling = false;
+    getInstructionGroupings(section, groupings, hasScheduling);
+
     unsigned pass = 0;
     bool force = false;
     bool finished = false;
@@ -447,21 +460,22 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
         VormAddress address{0, 0};
         bool anyChanged = false;
         bool allDone = true;
-        for (VormLine* line : lines) {
-            line->setAddress(address);
-            if (!line->isDone()) {
+        for (const auto& grouping : groupings) {
+            grouping->setAddress(address);
+            if (!grouping->isDone()) {
                 EncodingFailInfo failInfo;
                 bool changed = false;
-                if (!line->chooseEncoder(force, m_labels, changed, failInfo, false))
+                if (!grouping->chooseEncoder(force, m_labels, changed, failInfo))
                     noMatchingFormatError(failInfo);
                 if (changed) {
                     anyChanged = true;
                     force = false;
                 }
-                allDone = allDone && line->isDone();
+                allDone = allDone && grouping->isDone();
             }
-            address = line->getNextAddress();
+            address = grouping->getNextAddress();
         }
+        // A pass that changes nothing is repeated once with force, which breaks stalemates.
         finished = allDone;
         if (!allDone && !anyChanged) {
             if (force)
@@ -469,13 +483,23 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
             else
                 force = true;
         }
-        if (lines.empty())
+        if (groupings.empty())
             finished = true;
         if (++pass > m_maxEncodingPasses)
             m_utils->errorHandler->fatalError(true, "vorp: Error: unable to resolve encoder choice after %d loops\n",
                                               static_cast<int>(m_maxEncodingPasses));
     }
+    if (hasScheduling) {
+        for (const auto& grouping : groupings)
+            grouping->commit();
+    }
 
+    LineList& lines = section->getLines();
+    if (lines.empty()) {
+        section->setSize(0);
+        return;
+    }
+    assert(lines.front()->getAddress().min == 0);
     VormAddress address{0, 0};
     for (VormLine* line : lines) {
         line->setAddress(address);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "diag/Location.h"
+#include "encoding/InstructionGrouping.h"
 #include "encoding/Tl3bInstructionTable.h"
 #include "frontend/Token.h"
 #include "metadata/NoteMemo.h"
@@ -115,6 +116,10 @@ public:
     VormCodeLine* addCode(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule, Syntax syntax);
     // Reports an instruction that no format fits (errors 48, 49) and ends the run.
     [[noreturn]] void noMatchingFormatError(EncodingFailInfo& failInfo);
+
+    // The units the format iteration walks for a section; `hasScheduling` says whether any of them
+    // is a scheduled block.
+    void getInstructionGroupings(VormSection* section, InstructionGroupings& groupings, bool& hasScheduling);
 
     // Runs the passes; 0 on success, 1 after any error, when the output file is also removed.
     int postParse(const char* fileSymbolName);

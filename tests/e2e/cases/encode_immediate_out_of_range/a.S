@@ -1,0 +1,3 @@
+	nop
+	add r0, r1, 12
+	add r0, r1, 13

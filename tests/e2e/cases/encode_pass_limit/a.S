@@ -1,0 +1,3 @@
+	bu fwd
+	nop
+fwd:
