@@ -6,6 +6,7 @@
 #include "diag/VorpErrorHandler.h"
 #include "encoding/EncodingFailInfo.h"
 #include "encoding/InstructionGroupingSingle.h"
+#include "emit/ObjectEmitter.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormOperImm.h"
 #include "encoding/VormOperReg.h"
@@ -359,11 +360,9 @@ void VormAssembler::noMatchingFormatError(EncodingFailInfo& failInfo)
     std::exit(1);
 }
 
-int VormAssembler::postParse(const char* fileSymbolName)
+bool VormAssembler::runPasses()
 {
-    (void)fileSymbolName; // names the object's file symbol when no .file did
     auto ok = [this] { return m_errorHandler->getMakeBinary(); };
-
     checkForUnterminatedCCTop();
     if (ok())
         expandDirectives();
@@ -373,10 +372,19 @@ int VormAssembler::postParse(const char* fileSymbolName)
         m_labels.finaliseLabels();
     if (ok())
         addDefaultNotes();
+    return ok();
+}
 
-    if (!ok())
+int VormAssembler::postParse(const char* fileSymbolName)
+{
+    if (runPasses())
+        ObjectEmitter(*this).dumpBinary(fileSymbolName);
+    // After any error the object must not survive, not even a stale one from an earlier run.
+    if (!m_errorHandler->getMakeBinary()) {
         std::remove(m_outputFile);
-    return ok() ? 0 : 1;
+        return 1;
+    }
+    return 0;
 }
 
 void VormAssembler::checkForUnterminatedCCTop()

@@ -55,6 +55,8 @@ public:
     Arch getArch() const { return m_arch; }
     VorpErrorHandler& getErrorHandler() { return *m_errorHandler; }
     bool getDebug() const { return m_debug; }
+    TelkUtils* getUtils() const { return m_utils; }
+    const char* getOutputFile() const { return m_outputFile; }
 
     // Sections. A name seen before gives the existing section; what the new request says is then
     // ignored, unchecked. Otherwise flags and type are judged (errors 6, 47) and the section is made.
@@ -121,6 +123,9 @@ public:
     // is a scheduled block.
     void getInstructionGroupings(VormSection* section, InstructionGroupings& groupings, bool& hasScheduling);
 
+    // Runs the passes that precede object emission, each only while no error has been reported;
+    // true when none has.
+    bool runPasses();
     // Runs the passes; 0 on success, 1 after any error, when the output file is also removed.
     int postParse(const char* fileSymbolName);
 

@@ -9,7 +9,8 @@
 #   expected.stdout   standard output (empty when absent)
 #   expected.files    names that must exist after the run, one per line
 #   absent.files      names that must not exist after the run, one per line
-# With VORP_UPDATE_GOLDEN=1 the status, stderr and stdout expectations are rewritten from the run.
+#   expected.dump     vorp-dump of the object: a.o, or the name given in `dump.object`
+# With VORP_UPDATE_GOLDEN=1 the status, stderr, stdout and dump expectations are rewritten from the run.
 set -u
 vorp=$1
 case_dir=$2
@@ -21,7 +22,7 @@ for f in "$case_dir"/* "$case_dir"/.[!.]*; do
   [ -e "$f" ] || continue
   name=$(basename "$f")
   case "$name" in
-    cmd|stdin|expected.*|absent.files) ;;
+    cmd|stdin|expected.*|absent.files|dump.object) ;;
     *) cp -R "$f" "$work/" ;;
   esac
 done
@@ -34,7 +35,19 @@ stdin_file=/dev/null
 (cd "$work" && eval "exec \"\$vorp\" $args" <"$stdin_file" >"$work/.stdout" 2>"$work/.stderr")
 status=$?
 
+object=a.o
+[ -f "$case_dir/dump.object" ] && object=$(cat "$case_dir/dump.object")
+dump_tool="$(dirname "$vorp")/vorp-dump"
+if [ -f "$case_dir/expected.dump" ]; then
+  if [ -f "$work/$object" ]; then
+    "$dump_tool" "$work/$object" >"$work/.dump" 2>&1
+  else
+    echo "no object $object" >"$work/.dump"
+  fi
+fi
+
 if [ "${VORP_UPDATE_GOLDEN:-}" = 1 ]; then
+  [ -f "$case_dir/expected.dump" ] && cp "$work/.dump" "$case_dir/expected.dump"
   if [ "$status" -ne 0 ]; then echo "$status" >"$case_dir/expected.status"; else rm -f "$case_dir/expected.status"; fi
   for s in stderr stdout; do
     if [ -s "$work/.$s" ]; then cp "$work/.$s" "$case_dir/expected.$s"; else rm -f "$case_dir/expected.$s"; fi
@@ -55,6 +68,9 @@ for s in stderr stdout; do
     failed=1
   fi
 done
+if [ -f "$case_dir/expected.dump" ] && ! diff -u --label "expected dump" --label "actual dump" "$case_dir/expected.dump" "$work/.dump"; then
+  failed=1
+fi
 if [ -f "$case_dir/expected.files" ]; then
   while IFS= read -r name; do
     [ -z "$name" ] && continue

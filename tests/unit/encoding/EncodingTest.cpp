@@ -45,7 +45,7 @@ Assembled assemble(const std::string& text, bool capture = true)
     AsmWriter writer(assembler, errors, false);
     writer.setCurrentSection(assembler.addSection(".text", "ax", "progbits", 0, "", false));
     VorpParser(tokeniser, errors, writer).parse();
-    const bool ok = assembler.postParse("a.S") == 0;
+    const bool ok = assembler.runPasses();
     if (capture)
         result.messages = testing::internal::GetCapturedStderr();
     if (!ok)

@@ -1,0 +1,27 @@
+#pragma once
+
+namespace vorp {
+
+class ElfHandler;
+class VormAssembler;
+class VormLabel;
+class VormSection;
+
+// Writes the assembled model as one relocatable ELF object: sections and their bytes, symbols for
+// every label that isn't merely mentioned, relocation tables, ".expr", notes and groups.
+class ObjectEmitter {
+public:
+    explicit ObjectEmitter(VormAssembler& assembler) : m_assembler(assembler) {}
+
+    // `sourceName` names the file symbol when no .file did; null for none.
+    void dumpBinary(const char* sourceName);
+
+private:
+    // An empty section is left out unless a label stands in it.
+    bool addSectionToElfFile(const VormSection* section) const;
+    void addLabelSymbol(ElfHandler& elf, VormLabel* label, unsigned sectionNumber);
+
+    VormAssembler& m_assembler;
+};
+
+} // namespace vorp
