@@ -42,6 +42,15 @@ void AsmWriter::makeAssemblyLine(TokenLinePtr line)
     m_assembler.addCode(m_section, std::move(line), m_schedule, m_syntax);
 }
 
+void AsmWriter::makeDirectiveLine(TokenLinePtr line)
+{
+    // Jump tables join with their trampolines; until then their lines are not made.
+    const int directive = line->front().symbol;
+    if (directive == S_D_JMPTABLE || directive == S_D_JMPTABLE32)
+        return;
+    m_assembler.addDirective(m_section, std::move(line), m_schedule);
+}
+
 void AsmWriter::dataDirective(const Token& directive, OperandList values)
 {
     VormDataLine::Type type = VormDataLine::WORD;

@@ -28,6 +28,7 @@ public:
 
     void makeLabelLine(const Token& name) override;
     void makeAssemblyLine(TokenLinePtr line) override;
+    void makeDirectiveLine(TokenLinePtr line) override;
     void dataDirective(const Token& directive, OperandList values) override;
     void asciiDirective(const Token& directive, TokenLinePtr strings) override;
     void identDirective(const Token& directive, const Token& text) override;

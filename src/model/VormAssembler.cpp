@@ -14,6 +14,7 @@
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAsciiLine.h"
 #include "model/VormCCDirectiveLine.h"
+#include "model/VormDirectiveLine.h"
 #include "model/VormLabelLine.h"
 #include "model/VormLine.h"
 #include "model/VormLocDirectiveLine.h"
@@ -249,6 +250,14 @@ VormAsciiLine* VormAssembler::addAscii(VormSection* section, const LineLocation&
 {
     auto* line = new VormAsciiLine(location, zeroTerminate, std::move(strings));
     addLine(section, line);
+    return line;
+}
+
+VormDirectiveLine* VormAssembler::addDirective(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule)
+{
+    VormDirectiveLine* line = m_directives.getDirectiveLine(std::move(tokens), schedule);
+    addLine(section, line);
+    line->initialise(*this, *m_errorHandler);
     return line;
 }
 

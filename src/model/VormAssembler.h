@@ -6,6 +6,7 @@
 #include "frontend/Token.h"
 #include "metadata/NoteMemo.h"
 #include "model/VormDataLine.h"
+#include "model/VormDirectives.h"
 #include "model/VormLabels.h"
 #include "model/VormLinkerExps.h"
 #include "model/VormSection.h"
@@ -101,6 +102,8 @@ public:
                                      VormCCDirectiveLine* top);
     VormAsciiLine* addAscii(VormSection* section, const LineLocation& location, bool zeroTerminate,
                             std::vector<Token> strings);
+    // A directive kept as tokens (.skip, .space, .assert, .sameresource), initialised at once.
+    VormDirectiveLine* addDirective(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule);
     VormDataLine* addData(VormSection* section, const LineLocation& location, VormDataLine::Type type,
                           std::vector<Operand*> operands);
     VormLabelLine* addLabelLine(VormLabel* label, VormSection* section, LinePosition position,
@@ -150,6 +153,7 @@ private:
     VorpErrorHandler* m_errorHandler;
     VormLinkerExps m_linkerExps;
     std::vector<NoteMemo> m_notes;
+    VormDirectives m_directives;
     Arch m_arch;
     TelkUtils* m_utils;
     std::string m_filename;

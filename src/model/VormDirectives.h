@@ -1,0 +1,30 @@
+#pragma once
+
+#include "frontend/Token.h"
+#include "model/VormDotAssertDirective.h"
+#include "model/VormDotSameResourceDirective.h"
+#include "model/VormDotSkipDirective.h"
+
+#include <memory>
+
+namespace vorp {
+
+class VormDirectiveLine;
+
+// The directive objects, one per word, and the factory of their lines.
+class VormDirectives {
+public:
+    VormDirectives();
+    virtual ~VormDirectives() = default;
+
+    // A line for the directive of token 0, or null for a directive whose lines aren't made here.
+    VormDirectiveLine* getDirectiveLine(std::unique_ptr<TokenLine> tokens, bool schedule);
+
+private:
+    VormDotSkipDirective m_skip;
+    VormDotSkipDirective m_space;
+    VormDotAssertDirective m_assert;
+    VormDotSameResourceDirective m_sameResource;
+};
+
+} // namespace vorp
