@@ -393,6 +393,8 @@ int VormAssembler::postParse(const char* fileSymbolName)
         std::remove(m_outputFile);
         return 1;
     }
+    if (m_listing)
+        printListing((std::string(m_outputFile) + ".txt").c_str());
     return 0;
 }
 
@@ -554,6 +556,24 @@ void VormAssembler::addDefaultNotes()
         }
         if (!revision.empty())
             m_notes.emplace_back(NoteMemo::CORE_REVISION, revision);
+    }
+}
+
+void VormAssembler::printListing(const char* path)
+{
+    FILE* file = std::fopen(path, "w");
+    if (!file)
+        m_utils->errorHandler->fatalError(true, "vorp: Error: unable to open listing file '%s' for write\n", path);
+    for (const auto& section : m_sections)
+        printListing(file, section->getLines());
+    std::fclose(file);
+}
+
+void VormAssembler::printListing(FILE* file, LineList& lines)
+{
+    for (VormLine* line : lines) {
+        line->printListing(file);
+        std::fflush(file);
     }
 }
 

@@ -135,6 +135,10 @@ public:
     // Makes sure the object names its architecture and core revision.
     void addDefaultNotes();
 
+    // The listing: labels, data and reserved space of every section in final order.
+    void printListing(const char* path);
+    void printListing(FILE* file, LineList& lines);
+
     // Every section as text, on standard error.
     void dump() const;
 

@@ -10,6 +10,7 @@
 #   expected.files    names that must exist after the run, one per line
 #   absent.files      names that must not exist after the run, one per line
 #   expected.dump     vorp-dump of the object: a.o, or the name given in `dump.object`
+#   expected.file.X   the contents of the file X written by the run (a listing, say)
 # With VORP_UPDATE_GOLDEN=1 the status, stderr, stdout and dump expectations are rewritten from the run.
 set -u
 vorp=$1
@@ -71,6 +72,16 @@ done
 if [ -f "$case_dir/expected.dump" ] && ! diff -u --label "expected dump" --label "actual dump" "$case_dir/expected.dump" "$work/.dump"; then
   failed=1
 fi
+for expected in "$case_dir"/expected.file.*; do
+  [ -e "$expected" ] || continue
+  name=${expected##*/expected.file.}
+  if [ ! -f "$work/$name" ]; then
+    echo "missing output file: $name"
+    failed=1
+  elif ! diff -u --label "expected $name" --label "actual $name" "$expected" "$work/$name"; then
+    failed=1
+  fi
+done
 if [ -f "$case_dir/expected.files" ]; then
   while IFS= read -r name; do
     [ -z "$name" ] && continue
