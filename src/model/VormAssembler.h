@@ -114,6 +114,11 @@ public:
     VormLabelLine* addUniqueLabel(VormSection* section, LinePosition position, const LineLocation& location,
                                   bool schedule);
 
+    // Every name of a syntax's instruction table.
+    const EncoderMap& getEncoders(Syntax syntax) const
+    {
+        return syntax == SYNTAX_ARCHITECTURAL ? m_archEncoders : m_encoders;
+    }
     // The encoder of a mnemonic in a syntax, or null.
     const Encoder* findEncoder(const char* name, Syntax syntax) const;
     // An instruction line; an unknown mnemonic is reported (error 4, or 0 when the other syntax

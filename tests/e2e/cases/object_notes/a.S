@@ -1,0 +1,2 @@
+	.ident "built by hand"
+	.corerev "REVC"

@@ -1,0 +1,3 @@
+	.globl t
+	.extern u
+	.type v, @function

@@ -1,0 +1,2 @@
+	.size u, 2
+	bl u

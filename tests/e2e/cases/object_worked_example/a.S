@@ -1,0 +1,4 @@
+	.globl f
+f:
+	nop
+	nop

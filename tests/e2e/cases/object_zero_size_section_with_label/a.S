@@ -1,0 +1,3 @@
+	.section .d, "aw", @progbits
+x:
+	.section .e, "aw", @progbits
