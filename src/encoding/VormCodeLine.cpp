@@ -14,24 +14,24 @@ VormCodeLine::VormCodeLine(std::unique_ptr<TokenLine> tokens, const Encoder* enc
 {
     for (unsigned i = 0; i < encoder->numFormats(); ++i)
         m_formats.push_back(encoder->getFormat(i));
+    updateSizes();
+}
+
+void VormCodeLine::updateSizes()
+{
+    m_minBytes = m_formats.empty() ? 0 : static_cast<std::uint32_t>(m_formats.front()->getNumBytes());
+    m_maxBytes = m_formats.empty() ? 0 : static_cast<std::uint32_t>(m_formats.back()->getNumBytes());
 }
 
 void VormCodeLine::getByteRange(std::uint32_t& minBytes, std::uint32_t& maxBytes) const
 {
-    if (m_formats.empty()) {
-        minBytes = maxBytes = 0;
-        return;
-    }
-    minBytes = static_cast<std::uint32_t>(m_formats.front()->getNumBytes());
-    maxBytes = static_cast<std::uint32_t>(m_formats.back()->getNumBytes());
+    minBytes = m_minBytes;
+    maxBytes = m_maxBytes;
 }
 
 bool VormCodeLine::isDone() const
 {
-    std::uint32_t minBytes = 0;
-    std::uint32_t maxBytes = 0;
-    getByteRange(minBytes, maxBytes);
-    return minBytes == maxBytes;
+    return m_minBytes == m_maxBytes;
 }
 
 bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo, bool final)
@@ -39,6 +39,7 @@ bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, 
     std::uint32_t minBefore = 0, maxBefore = 0, minAfter = 0, maxAfter = 0;
     getByteRange(minBefore, maxBefore);
     const bool result = chooseEncoderImpl(force, labels, failInfo, final);
+    updateSizes();
     getByteRange(minAfter, maxAfter);
     changed = minBefore != minAfter || maxBefore != maxAfter;
     return result;
@@ -95,6 +96,7 @@ void VormCodeLine::forceSize(std::uint32_t numBytes)
     m_formats.remove_if([numBytes](const EncoderFormat* format) {
         return static_cast<std::uint32_t>(format->getNumBytes()) != numBytes;
     });
+    updateSizes();
 }
 
 void VormCodeLine::addUseReg(int reg)

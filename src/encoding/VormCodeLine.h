@@ -52,7 +52,13 @@ protected:
     virtual bool chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final);
 
 private:
+    // The sizes of the first and last format left, kept with the list: the iteration asks for
+    // them on every line of every pass.
+    void updateSizes();
+
     std::list<const EncoderFormat*> m_formats;
+    std::uint32_t m_minBytes = 0;
+    std::uint32_t m_maxBytes = 0;
     std::vector<int> m_regUse;
     std::vector<int> m_regDef;
 };
