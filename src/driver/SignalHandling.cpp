@@ -16,12 +16,26 @@ void handleSignal(int signalNumber)
     std::exit(1);
 }
 
+void useAlternateSignalStack()
+{
+    // A runtime that set one up already (a sanitizer, say) keeps its own.
+    stack_t current = {};
+    if (sigaltstack(nullptr, &current) == 0 && !(current.ss_flags & SS_DISABLE))
+        return;
+    static thread_local char stackMemory[64 * 1024];
+    stack_t stack = {};
+    stack.ss_sp = stackMemory;
+    stack.ss_size = sizeof(stackMemory);
+    sigaltstack(&stack, nullptr);
+}
+
 bool installSignalHandlers()
 {
     struct sigaction action = {};
     action.sa_handler = handleSignal;
     sigfillset(&action.sa_mask);
-    action.sa_flags = 0;
+    // On the alternate stack where a thread has one: a stack overflow must still be reported.
+    action.sa_flags = SA_ONSTACK;
     for (int signalNumber : {SIGSEGV, SIGINT, SIGBUS}) {
         if (sigaction(signalNumber, &action, nullptr) != 0)
             return false;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <memory>
 #include <new>
+#include <pthread.h>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -51,9 +52,7 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler)
     return assembler.postParse(inputs.front()) != 0 ? 1 : 0;
 }
 
-} // namespace
-
-int vorpMain(int argc, char** argv)
+int guardedRun(int argc, char** argv)
 {
     auto errorHandler = std::make_unique<VorpErrorHandler>();
     try {
@@ -65,6 +64,39 @@ int vorpMain(int argc, char** argv)
         errorHandler->vorpError(NoLocation(), AssErrorCodes::UNRECOVERABLE, "An unrecoverable error has occured.\n");
         return 1;
     }
+}
+
+struct Run {
+    int argc;
+    char** argv;
+    int status;
+};
+
+void* runOnBigStack(void* data)
+{
+    auto* run = static_cast<Run*>(data);
+    useAlternateSignalStack();
+    run->status = guardedRun(run->argc, run->argv);
+    return nullptr;
+}
+
+} // namespace
+
+int vorpMain(int argc, char** argv)
+{
+    // Expression trees of generated code can be very deep (a sum of a million terms), and their
+    // walks recurse: the run gets a stack to match. The memory is only taken as it is used.
+    constexpr std::size_t STACK_SIZE = std::size_t{1} << 32;
+    Run run{argc, argv, 1};
+    pthread_attr_t attributes;
+    pthread_t thread;
+    if (pthread_attr_init(&attributes) == 0 && pthread_attr_setstacksize(&attributes, STACK_SIZE) == 0 &&
+        pthread_create(&thread, &attributes, runOnBigStack, &run) == 0) {
+        pthread_join(thread, nullptr);
+        pthread_attr_destroy(&attributes);
+        return run.status;
+    }
+    return guardedRun(argc, argv);
 }
 
 } // namespace vorp

@@ -3,7 +3,7 @@
 #
 # A case is a folder. `cmd` holds the arguments given to vorp (shell words); `stdin`, if present,
 # is fed to it; every other file that is not an expectation is copied into a fresh working folder,
-# where vorp runs. Expectations, each compared exactly when present:
+# where vorp runs. A `generate` script, if present, runs there first to make large inputs. Expectations, each compared exactly when present:
 #   expected.status   exit status (0 when absent)
 #   expected.stderr   standard error (empty when absent)
 #   expected.stdout   standard output (empty when absent)
@@ -23,10 +23,14 @@ for f in "$case_dir"/* "$case_dir"/.[!.]*; do
   [ -e "$f" ] || continue
   name=$(basename "$f")
   case "$name" in
-    cmd|stdin|expected.*|absent.files|dump.object) ;;
+    cmd|stdin|generate|expected.*|absent.files|dump.object) ;;
     *) cp -R "$f" "$work/" ;;
   esac
 done
+
+if [ -f "$case_dir/generate" ]; then
+  (cd "$work" && bash "$case_dir/generate") || { echo "generate failed"; exit 1; }
+fi
 
 args=""
 [ -f "$case_dir/cmd" ] && args=$(cat "$case_dir/cmd")
