@@ -1,80 +1,18 @@
-#include "diag/ErrorHandler.h"
-#include "diag/TelkUtils.h"
-#include "diag/VorpErrorHandler.h"
+#include "encoding/AssembleSupport.h"
 #include "encoding/EncoderFormat.h"
 #include "encoding/Tl3bInstructionTable.h"
-#include "frontend/AsmWriter.h"
-#include "frontend/VorpParser.h"
-#include "frontend/VorpTokeniser.h"
-#include "model/VormAssembler.h"
-#include "model/VormLabel.h"
-#include "model/VormLine.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
-#include <vector>
 
 namespace vorp {
 namespace {
 
-// Assembles the text and encodes ".text": the bytes as hex pairs and the relocations.
-struct Assembled {
-    std::string bytes;
-    std::string relocations;
-    std::string messages;
-};
-
-// Death tests keep standard error to themselves: pass capture false there.
-Assembled assemble(const std::string& text, bool capture = true)
-{
-    ErrorHandler plain;
-    TelkUtils utils{&plain};
-    VorpErrorHandler errors;
-    const std::string output = testing::TempDir() + "encoding_test.o";
-    VormAssembler assembler("a.S", "", &utils, output.c_str(), false, false, VormAssembler::TL3B, &errors, false,
-                            false, true, false, nullptr, 4000);
-    Assembled result;
-    if (capture)
-        testing::internal::CaptureStderr();
-    VorpTokeniser tokeniser;
-    tokeniser.lexInit({}, &errors);
-    tokeniser.addInput("a.S", "a.S", text);
-    tokeniser.startScanning();
-    AsmWriter writer(assembler, errors, false);
-    writer.setCurrentSection(assembler.addSection(".text", "ax", "progbits", 0, "", false));
-    VorpParser(tokeniser, errors, writer).parse();
-    const bool ok = assembler.runPasses();
-    if (capture)
-        result.messages = testing::internal::GetCapturedStderr();
-    if (!ok)
-        return result;
-    VormSection* section = assembler.findSection(".text");
-    std::vector<std::uint8_t> buffer(section->getSize());
-    for (VormLine* line : section->getLines())
-        line->encode(buffer.data() + line->getAddress().min, section->getRelocations(), assembler, errors);
-    char hex[4];
-    for (std::uint8_t byte : buffer) {
-        snprintf(hex, sizeof(hex), "%02X ", byte);
-        result.bytes += hex;
-    }
-    const Relocations& relocations = section->getRelocations();
-    for (std::size_t i = 0; i < relocations.numRelocationEntries(); ++i) {
-        result.relocations += std::to_string(relocations.relocationEntryType(i)) + "@" +
-                              std::to_string(relocations.relocationEntryAddress(i)) + ":" +
-                              relocations.relocationEntrySym(i)->getName() + "+" +
-                              std::to_string(relocations.relocationEntryAddEnd(i)) + " ";
-    }
-    return result;
-}
-
-std::string bytesOf(const std::string& text)
-{
-    const Assembled result = assemble(text);
-    EXPECT_EQ(result.messages, "") << text;
-    return result.bytes;
-}
+using encoding_test::Assembled;
+using encoding_test::assemble;
+using encoding_test::bytesOf;
+using encoding_test::repeat;
 
 TEST(EncodingTest, RegisterLayouts)
 {
@@ -182,6 +120,134 @@ TEST(EncodingTest, BothSyntaxTablesHoldTheirNames)
     EXPECT_EQ(formats("bu", DEFAULT), "BRBU_u6(%i) BRFU_u6(%i) BRBU_lu6(%i) BRFU_lu6(%i) ");
     EXPECT_EQ(formats("mov", DEFAULT), "ADD_2rus(%r,%r) ");
     EXPECT_EQ(formats("add", ARCH), "");
+}
+
+} // namespace
+} // namespace vorp
+
+namespace vorp {
+namespace {
+
+using encoding_test::Assembled;
+using encoding_test::assemble;
+using encoding_test::repeat;
+
+const std::string NOP = "00 90 ";
+
+// The bytes of the instruction at a byte offset.
+std::string at(const Assembled& result, std::size_t offset, std::size_t size)
+{
+    return result.bytes.substr(offset * 3, size * 3);
+}
+
+TEST(EncodingRelaxationTest, SixBitBranchesAtTheirLimit)
+{
+    // Forward: 63 halfwords are 126 bytes past the end of the 2-byte branch, 7300 + 63.
+    Assembled fits = assemble("bu f\n" + repeat("nop\n", 63) + "f: nop\n");
+    EXPECT_EQ(at(fits, 0, 2), "3F 73 ");
+    EXPECT_EQ(fits.relocations, "8@0:f+0 ");
+    // 64 halfwords: the long form, 128 bytes from its end: prefix 64 >> 6 = 1, field 64 & 63 = 0.
+    Assembled over = assemble("bu f\n" + repeat("nop\n", 64) + "f: nop\n");
+    EXPECT_EQ(at(over, 0, 4), "01 F0 00 73 ");
+    EXPECT_EQ(over.relocations, "9@0:f+0 ");
+    // Backward from 124: the end is 126 bytes past the label, 63 halfwords, 7700 + 63.
+    Assembled back = assemble("b: nop\n" + repeat("nop\n", 61) + "bu b\n");
+    EXPECT_EQ(at(back, 124, 2), "3F 77 ");
+    EXPECT_EQ(back.relocations, "8@124:b+0 ");
+    // From 126 the short form would need 64; the long one ends at 130: 65 = 1 << 6 | 1.
+    Assembled backOver = assemble("b: nop\n" + repeat("nop\n", 62) + "bu b\n");
+    EXPECT_EQ(at(backOver, 126, 4), "01 F0 01 77 ");
+    EXPECT_EQ(backOver.relocations, "9@126:b+0 ");
+    // Conditional branches carry the register beside the distance: 7000 + (2 << 6) + 63.
+    EXPECT_EQ(at(assemble("bt r2, f\n" + repeat("nop\n", 63) + "f: nop\n"), 0, 2), "BF 70 ");
+}
+
+TEST(EncodingRelaxationTest, TenBitCallsAtTheirLimit)
+{
+    // 1023 halfwords: D000 + 0x3FF.
+    Assembled fits = assemble("bl f\n" + repeat("nop\n", 1023) + "f: nop\n");
+    EXPECT_EQ(at(fits, 0, 2), "FF D3 ");
+    EXPECT_EQ(fits.relocations, "10@0:f+0 ");
+    // 2048 bytes from the end of the long form: 1024 halfwords, prefix 1, field 0.
+    Assembled over = assemble("bl f\n" + repeat("nop\n", 1024) + "f: nop\n");
+    EXPECT_EQ(at(over, 0, 4), "01 F0 00 D0 ");
+    EXPECT_EQ(over.relocations, "11@0:f+0 ");
+    // Backward from 2044: (2044 + 2) / 2 = 1023, D400 + 0x3FF.
+    Assembled back = assemble("b: nop\n" + repeat("nop\n", 1021) + "bl b\n");
+    EXPECT_EQ(at(back, 2044, 2), "FF D7 ");
+    // From 2046: (2046 + 4) / 2 = 1025 = 1 << 10 | 1.
+    Assembled backOver = assemble("b: nop\n" + repeat("nop\n", 1022) + "bl b\n");
+    EXPECT_EQ(at(backOver, 2046, 4), "01 F0 01 D4 ");
+    EXPECT_EQ(backOver.relocations, "11@2046:b+0 ");
+}
+
+TEST(EncodingRelaxationTest, BranchesThatNeedEachOtherShortStayShort)
+{
+    // The forward branch spans 61 nops, the backward branch and a nop: 126 bytes only if the
+    // backward one is short. The backward one spans the forward one, 61 nops and itself: 126 bytes
+    // only if the forward one is short. Neither is settled until the passes stall.
+    Assembled both = assemble("top: bu x\n" + repeat("nop\n", 61) + "bu top\nnop\nx: nop\n");
+    EXPECT_EQ(both.messages, "");
+    EXPECT_EQ(both.bytes, "3F 73 " + repeat(NOP, 61) + "3F 77 " + NOP + NOP);
+    // One nop more and neither fits, whatever the other does. Both long: the forward one spans
+    // 124 + 4 + 2 bytes, 65 halfwords; the backward one ends at 132, 66 halfwords.
+    Assembled neither = assemble("top: bu x\n" + repeat("nop\n", 62) + "bu top\nnop\nx: nop\n");
+    EXPECT_EQ(neither.bytes, "01 F0 01 73 " + repeat(NOP, 62) + "01 F0 02 77 " + NOP + NOP);
+}
+
+TEST(EncodingRelaxationTest, UnknownLabelsTakeTheFirstLongForm)
+{
+    // The backward long forms come first and hold the zero field: the linker fills it.
+    Assembled branch = assemble("bt r1, ext\nbl ext\n");
+    EXPECT_EQ(branch.bytes, "00 F0 40 74 00 F0 00 D4 ");
+    EXPECT_EQ(branch.relocations, "9@0:ext+0 11@4:ext+0 ");
+    // An aligned data label: the long dp form with relocation 3, field 0.
+    Assembled data = assemble("ldaw r0, dp[v]\nv: nop\n");
+    EXPECT_EQ(data.bytes, "00 F0 00 60 00 90 ");
+    EXPECT_EQ(data.relocations, "3@0:v+0 ");
+}
+
+TEST(EncodingRelaxationTest, PassLimitAllowsOnlyOnePassSections)
+{
+    // Settled in the first pass: the external branch drops its short forms at once.
+    Assembled settled = assemble("bu ext\nnop\n", true, 1);
+    EXPECT_EQ(settled.messages, "");
+    EXPECT_EQ(settled.bytes, "00 F0 00 77 " + NOP);
+}
+
+TEST(EncodingRelaxationDeathTest, PassLimitStopsAnOpenSection)
+{
+    // The branch at its limit stays open after the first pass: a second one is needed.
+    const std::string open = "bu f\n" + repeat("nop\n", 63) + "f: nop\n";
+    EXPECT_EXIT(assemble(open, false, 1), testing::ExitedWithCode(1),
+                "^vorp: Error: unable to resolve encoder choice after 1 loops\n$");
+}
+
+TEST(EncodingDeathTest, MisalignedLabelsEndTheRun)
+{
+    EXPECT_EXIT(assemble("ldaw r0, dp[v]\n.byte 1\nv:\n.byte 2\n", false), testing::ExitedWithCode(1),
+                "^a.S:1: Error: A00051 label 'v' must be word aligned to be used with a dp relative offset\n$");
+    EXPECT_EXIT(assemble("ldw r0, cp[v]\nnop\n.byte 1\nv:\n.byte 2\n", false), testing::ExitedWithCode(1),
+                "^a.S:1: Error: A00051 label 'v' must be word aligned to be used with a cp relative offset\n$");
+    // 3 bytes past the end of the branch: not a whole number of halfwords.
+    EXPECT_EXIT(assemble("bu x\nnop\n.byte 1\nx:\n.byte 2\n", false), testing::ExitedWithCode(1),
+                "^a.S:1: Error: A00051 misaligned scaled immediate value detected. label: x\n$");
+}
+
+TEST(EncodingDeathTest, ImmediateMessages)
+{
+    // Both formats of ldc are out of range; each adds its range.
+    EXPECT_EXIT(assemble("nop\nldc r0, 70000\n", false), testing::ExitedWithCode(1),
+                "^a.S:2: Error: A00048 Immediate out of range for instruction: 'ldc'.  Value is 70000. Allowed "
+                "ranges are: 0..63, 0..65535.\n$");
+    EXPECT_EXIT(assemble("mkmsk r0, 0\n", false), testing::ExitedWithCode(1),
+                "^a.S:1: Error: A00048 Immediate out of range for instruction: 'mkmsk'.  Value is 0. Allowed "
+                "ranges are: 32..32, 1..8, 16..16, 24..24.\n$");
+    // A label where none is allowed ends the run at once: the bad line after it is never reported.
+    EXPECT_EXIT(assemble("add r0, r1, foo\nnop r0\n", false), testing::ExitedWithCode(1),
+                "^a.S:1: Error: A00050 Instruction 'add' does not allow a label as an immediate\n$");
+    EXPECT_EXIT(assemble("clrsr x\n", false), testing::ExitedWithCode(1),
+                "^a.S:1: Error: A00050 Instruction 'clrsr' does not allow a label as an immediate\n$");
 }
 
 } // namespace

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "diag/ErrorHandler.h"
+#include "diag/TelkUtils.h"
+#include "diag/VorpErrorHandler.h"
+#include "encoding/Relocations.h"
+#include "frontend/AsmWriter.h"
+#include "frontend/VorpParser.h"
+#include "frontend/VorpTokeniser.h"
+#include "model/VormAssembler.h"
+#include "model/VormLabel.h"
+#include "model/VormLine.h"
+#include "model/VormSection.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace vorp::encoding_test {
+
+// The result of assembling a text into ".text": the bytes as hex pairs ("1B 10 "), the
+// relocations ("type@address:symbol+addend ") and whatever went to standard error.
+struct Assembled {
+    std::string bytes;
+    std::string relocations;
+    std::string messages;
+};
+
+// Runs the format passes, then encodes every line of ".text". Death tests keep standard error to
+// themselves: pass capture false there.
+inline Assembled assemble(const std::string& text, bool capture = true, std::uint32_t maxPasses = 4000)
+{
+    ErrorHandler plain;
+    TelkUtils utils{&plain};
+    VorpErrorHandler errors;
+    const std::string output = testing::TempDir() + "encoding_test.o";
+    VormAssembler assembler("a.S", "", &utils, output.c_str(), false, false, VormAssembler::TL3B, &errors, false,
+                            false, true, false, nullptr, maxPasses);
+    Assembled result;
+    if (capture)
+        testing::internal::CaptureStderr();
+    VorpTokeniser tokeniser;
+    tokeniser.lexInit({}, &errors);
+    tokeniser.addInput("a.S", "a.S", text);
+    tokeniser.startScanning();
+    AsmWriter writer(assembler, errors, false);
+    writer.setCurrentSection(assembler.addSection(".text", "ax", "progbits", 0, "", false));
+    VorpParser(tokeniser, errors, writer).parse();
+    const bool ok = assembler.runPasses();
+    if (capture)
+        result.messages = testing::internal::GetCapturedStderr();
+    if (!ok)
+        return result;
+    VormSection* section = assembler.findSection(".text");
+    std::vector<std::uint8_t> buffer(section->getSize());
+    for (VormLine* line : section->getLines())
+        line->encode(buffer.data() + line->getAddress().min, section->getRelocations(), assembler, errors);
+    char hex[4];
+    for (std::uint8_t byte : buffer) {
+        snprintf(hex, sizeof(hex), "%02X ", byte);
+        result.bytes += hex;
+    }
+    const Relocations& relocations = section->getRelocations();
+    for (std::size_t i = 0; i < relocations.numRelocationEntries(); ++i) {
+        result.relocations += std::to_string(relocations.relocationEntryType(i)) + "@" +
+                              std::to_string(relocations.relocationEntryAddress(i)) + ":" +
+                              relocations.relocationEntrySym(i)->getName() + "+" +
+                              std::to_string(relocations.relocationEntryAddEnd(i)) + " ";
+    }
+    return result;
+}
+
+// The bytes of a text that must assemble without a message.
+inline std::string bytesOf(const std::string& text)
+{
+    const Assembled result = assemble(text);
+    EXPECT_EQ(result.messages, "") << text;
+    return result.bytes;
+}
+
+// The same line written in the default syntax and after ".syntax architectural".
+inline std::string archBytesOf(const std::string& line)
+{
+    return bytesOf(".syntax architectural\n" + line + "\n");
+}
+
+// `count` copies of a line.
+inline std::string repeat(const std::string& line, int count)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += line;
+    return text;
+}
+
+} // namespace vorp::encoding_test
