@@ -305,6 +305,11 @@ void AsmWriter::fileDirective(const Token& directive, const Token& name)
     m_assembler.setFilename(name.text, locationOf(directive));
 }
 
+void AsmWriter::dwarfFileDirective(const Token& directive, const Token& index, const Token& name)
+{
+    m_assembler.getDebugLine().addFile(index.constantValue, name.text, locationOf(directive));
+}
+
 void AsmWriter::visibilityDirective(const Token& directive, const Token& symbol, const Token* text)
 {
     const char* typeString = text ? text->text : nullptr;

@@ -47,6 +47,7 @@ public:
                             OperandPtr size, const Token& text) override;
     void alignDirective(const Token& directive, OperandPtr value, OperandPtr fill) override;
     void fileDirective(const Token& directive, const Token& name) override;
+    void dwarfFileDirective(const Token& directive, const Token& index, const Token& name) override;
     void visibilityDirective(const Token& directive, const Token& symbol, const Token* text) override;
     void weakDirective(const Token& directive, const Token& symbol) override;
     void locDirective(const Token& directive, TokenLinePtr line) override;

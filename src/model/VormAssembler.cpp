@@ -40,7 +40,8 @@ VormAssembler::VormAssembler(std::string sourcePath, std::string workingDir, Tel
                              const char* outputFile, bool listing, bool verbose, Arch arch,
                              VorpErrorHandler* errorHandler, bool binaryDump, bool debug, bool rewriteDebug,
                              bool warnRewriteDebug, const char* binaryDumpFile, std::uint32_t maxEncodingPasses)
-    : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler), m_arch(arch), m_utils(utils),
+    : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler), m_debugLine(errorHandler),
+      m_arch(arch), m_utils(utils),
       m_sourcePath(std::move(sourcePath)), m_workingDir(std::move(workingDir)), m_outputFile(outputFile),
       m_binaryDumpFile(binaryDumpFile), m_listing(listing), m_binaryDump(binaryDump), m_debug(debug),
       m_rewriteDebug(rewriteDebug), m_warnRewriteDebug(warnRewriteDebug), m_verbose(verbose),
@@ -415,25 +416,82 @@ void VormAssembler::expandDirectives()
         expandDirectives(m_sections[i].get());
 }
 
+bool VormAssembler::shouldGenDwarfFromLoc() const
+{
+    return isSection(".debug_info") && sectionIsEmpty(".debug_line");
+}
+
+bool VormAssembler::shouldGenDwarfFromLines() const
+{
+    // "debug_line" without its dot, as it always was: a ".debug_line" of the input doesn't stop it.
+    return m_debug && !isSection(".debug_info") && !isSection("debug_line");
+}
+
+bool VormAssembler::addToDebugLine(VormSection* section, LinePosition position, bool inCC)
+{
+    VormLine* line = *position;
+    if (line->getType() != CODE_LINE)
+        return false;
+    const LineLocation location = line->getLocation();
+    VormLabel* label = addUniqueLabel(section, position, location, line->getSchedule())->getLabel();
+    const std::string file = location.getFile();
+    auto found = m_fileNumbers.find(file);
+    if (found == m_fileNumbers.end()) {
+        found = m_fileNumbers.emplace(file, static_cast<std::uint32_t>(m_fileNumbers.size() + 1)).first;
+        m_debugLine.addFile(found->second, file, NoLocation());
+    }
+    m_labels.ensureLabelName(label);
+    m_debugLine.addEntry(label->getName(), found->second, location.getLine(), 0, true, false, false, false, false, 0,
+                         inCC ? label->getName() : "");
+    return true;
+}
+
 void VormAssembler::expandDirectives(VormSection* section)
 {
     LineList& lines = section->getLines();
-    bool inBlock = false;
+    if (lines.empty())
+        return;
+    const bool fromLoc = shouldGenDwarfFromLoc();
+    const bool fromLines = section->getName() == ".text" && shouldGenDwarfFromLines();
+    const VormCCDirectiveLine* openTop = nullptr;
     std::uint32_t blockAlignment = 1;
     bool blockHasScheduled = false;
     LinePosition blockStart = lines.end();
+    bool sequenceOpen = false;
+    bool sawCode = false;
+
+    auto newNamedLabel = [this, section](LinePosition position, const LineLocation& location, bool schedule) {
+        VormLabel* label = addUniqueLabel(section, position, location, schedule)->getLabel();
+        m_labels.ensureLabelName(label);
+        return label;
+    };
 
     for (auto position = lines.begin(); position != lines.end(); ++position) {
         VormLine* line = *position;
         if (line->getSchedule())
             blockHasScheduled = true;
         switch (line->getType()) {
+        case CODE_LINE:
+            if (fromLines && addToDebugLine(section, position, openTop != nullptr))
+                sawCode = sequenceOpen = true;
+            break;
         case ALIGN_LINE:
-            if (inBlock)
+            if (openTop)
                 blockAlignment = std::max(blockAlignment, static_cast<VormAlignDirectiveLine*>(line)->getAlignment());
             break;
+        case LOC_LINE:
+            if (fromLoc) {
+                auto* loc = static_cast<VormLocDirectiveLine*>(line);
+                VormLabel* label = newNamedLabel(position, loc->getLocation(), loc->getSchedule());
+                m_debugLine.addEntry(label->getName(), loc->getFile(), loc->getLine(), loc->getColumn(),
+                                     loc->getIsStmt(), loc->getBasicBlock(), loc->getEndSequence(),
+                                     loc->getPrologueEnd(), loc->getEpilogueBegin(), loc->getIsa(),
+                                     openTop ? label->getName() : "");
+                sequenceOpen = !loc->getEndSequence();
+            }
+            break;
         case CC_TOP_LINE:
-            inBlock = true;
+            openTop = static_cast<VormCCDirectiveLine*>(line);
             blockAlignment = 1;
             blockHasScheduled = false;
             blockStart = std::next(position);
@@ -443,11 +501,32 @@ void VormAssembler::expandDirectives(VormSection* section)
             blockAlignment = std::max(blockAlignment, getDefaultAlignment(section, blockHasScheduled));
             if (blockAlignment > 1)
                 addAlign(section, blockStart, blockAlignment, unknownLocation(), false);
-            inBlock = false;
+            if (sequenceOpen) {
+                // Every line sequence ends with its block. The block stays open for the walk until
+                // the next cc_top: what follows still counts as inside.
+                VormLabel* label = newNamedLabel(position, unknownLocation(), line->getSchedule());
+                m_debugLine.endSequence(label->getName());
+                sequenceOpen = false;
+            } else {
+                openTop = nullptr;
+            }
             break;
         default:
             break;
         }
+    }
+
+    if (sequenceOpen) {
+        VormLabel* label = newNamedLabel(lines.end(), unknownLocation(), false);
+        m_debugLine.endSequence(label->getName());
+    }
+    if (sawCode) {
+        const std::string low = ".L" + section->getName() + ".low_pc";
+        const std::string high = ".L" + section->getName() + ".high_pc";
+        const char* unknown = IdStrings::idString("<unknown>");
+        addLabel(section, lines.begin(), newToken(S_NAME, low.c_str(), 0, unknown), false);
+        addLabel(section, lines.end(), newToken(S_NAME, high.c_str(), 0, unknown), false);
+        m_codeRanges.emplace_back(low, high);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "debug/DebugLine.h"
 #include "diag/Location.h"
 #include "encoding/InstructionGrouping.h"
 #include "encoding/Tl3bInstructionTable.h"
@@ -54,6 +55,18 @@ public:
     VormLinkerExps& getLinkerExps() { return m_linkerExps; }
     std::vector<NoteMemo>& getNotes() { return m_notes; }
     Arch getArch() const { return m_arch; }
+    DebugLine& getDebugLine() { return m_debugLine; }
+    // The (low, high) label names of every code range with line rows.
+    const std::vector<std::pair<std::string, std::string>>& getCodeRanges() const { return m_codeRanges; }
+
+    // Line rows come from .loc when the compiler wrote its own ".debug_info" and no line table;
+    // from every instruction of ".text" with -g on plain assembly.
+    bool shouldGenDwarfFromLoc() const;
+    bool shouldGenDwarfFromLines() const;
+    bool shouldGenDwarf() const { return shouldGenDwarfFromLoc() || shouldGenDwarfFromLines(); }
+    // A row for the code line at `position`, with a label in front of it; false for lines that
+    // get none.
+    bool addToDebugLine(VormSection* section, LinePosition position, bool inCC);
     VorpErrorHandler& getErrorHandler() { return *m_errorHandler; }
     bool getDebug() const { return m_debug; }
     TelkUtils* getUtils() const { return m_utils; }
@@ -162,6 +175,9 @@ private:
     VorpErrorHandler* m_errorHandler;
     VormLinkerExps m_linkerExps;
     std::vector<NoteMemo> m_notes;
+    std::vector<std::pair<std::string, std::string>> m_codeRanges;
+    DebugLine m_debugLine;
+    std::map<std::string, std::uint32_t> m_fileNumbers;
     VormDirectives m_directives;
     Arch m_arch;
     TelkUtils* m_utils;
