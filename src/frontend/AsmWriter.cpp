@@ -206,33 +206,26 @@ void AsmWriter::inlinedDirective(const Token& directive, const Token& symbol)
     m_assembler.getLinkerExps().addExp(VormLinkerExps::LINKOP_INLINED_s, inlined).addStrOp(symbol.text);
 }
 
-void AsmWriter::callDirective(const Token&, const Token& caller, const Token& callee)
+VormLinkerExps::Expression& AsmWriter::addSymbolFact(std::int32_t kind, const Token& first, const Token& second)
 {
     VormLabels& labels = m_assembler.getLabels();
-    VormLabel* first = labels.getOrAddRequiredLabel(caller.text, false);
-    m_assembler.getLinkerExps()
-        .addExp(VormLinkerExps::LINKOP_CALLS_S, first)
-        .addSymOp(labels.getOrAddRequiredLabel(callee.text, false));
+    VormLabel* subject = labels.getOrAddRequiredLabel(first.text, false);
+    return m_assembler.getLinkerExps().addExp(kind, subject).addSymOp(labels.getOrAddRequiredLabel(second.text, false));
+}
+
+void AsmWriter::callDirective(const Token&, const Token& caller, const Token& callee)
+{
+    addSymbolFact(VormLinkerExps::LINKOP_CALLS_S, caller, callee);
 }
 
 void AsmWriter::parDirective(const Token&, const Token& first, const Token& second, const Token& text)
 {
-    VormLabels& labels = m_assembler.getLabels();
-    VormLabel* a = labels.getOrAddRequiredLabel(first.text, false);
-    m_assembler.getLinkerExps()
-        .addExp(VormLinkerExps::LINKOP_PAR_Ss, a)
-        .addSymOp(labels.getOrAddRequiredLabel(second.text, false))
-        .addStrOp(text.text);
+    addSymbolFact(VormLinkerExps::LINKOP_PAR_Ss, first, second).addStrOp(text.text);
 }
 
 void AsmWriter::globPassesRefDirective(const Token&, const Token& first, const Token& second, const Token& text)
 {
-    VormLabels& labels = m_assembler.getLabels();
-    VormLabel* a = labels.getOrAddRequiredLabel(first.text, false);
-    m_assembler.getLinkerExps()
-        .addExp(VormLinkerExps::LINKOP_GLOBPASSESREF_Ss, a)
-        .addSymOp(labels.getOrAddRequiredLabel(second.text, false))
-        .addStrOp(text.text);
+    addSymbolFact(VormLinkerExps::LINKOP_GLOBPASSESREF_Ss, first, second).addStrOp(text.text);
 }
 
 void AsmWriter::readWriteDirective(const Token& directive, const Token& first, const Token& second,
@@ -267,12 +260,7 @@ void AsmWriter::readWriteDirective(const Token& directive, const Token& first, c
         if (failed)
             return;
     }
-    VormLabels& labels = m_assembler.getLabels();
-    VormLabel* a = labels.getOrAddRequiredLabel(first.text, false);
-    VormLinkerExps::Expression& expression = m_assembler.getLinkerExps()
-                                                 .addExp(operation, a)
-                                                 .addSymOp(labels.getOrAddRequiredLabel(second.text, false))
-                                                 .addStrOp(text.text);
+    VormLinkerExps::Expression& expression = addSymbolFact(operation, first, second).addStrOp(text.text);
     if (offset)
         expression.addConstOp(static_cast<std::int32_t>((static_cast<std::uint32_t>(offsetValue) << 16) |
                                                         static_cast<std::uint32_t>(sizeValue)));

@@ -64,6 +64,8 @@ public:
 private:
     // `.set`, `NAME =` and `.linkset`: a constant, an alias, or a value the linker works out.
     void setDirectiveCommon(const LineLocation& location, const Token& name, OperandPtr expression);
+    // A linker fact of `kind` about the symbol `first`, with `second` as its first operand.
+    VormLinkerExps::Expression& addSymbolFact(std::int32_t kind, const Token& first, const Token& second);
     // A label for "." at the present place, when the expression needs one.
     VormLabel* currentLocationLabel(const Operand* expression, const LineLocation& location);
 
