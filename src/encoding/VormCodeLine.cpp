@@ -45,7 +45,7 @@ bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, 
     return result;
 }
 
-bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels&, EncodingFailInfo& failInfo, bool final)
+bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final)
 {
     EncodingFailInfo::Ranges ranges;
     bool sawOutOfRange = false;
@@ -81,14 +81,46 @@ bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels&, EncodingFailInfo& 
         }
         if (accepted && format->getNumBytes() == m_formats.front()->getNumBytes()) {
             m_formats.assign(1, format);
+            if (m_isJumpTableEntry)
+                m_jumpTableState = TRAMPOLINE_UNUSED;
             break;
         }
         position = next;
     }
+    updateSizes();
     if (!m_formats.empty())
         return true;
+    if (m_isJumpTableEntry) {
+        // No short branch reaches the target: branch to the trampoline behind the table.
+        JTmodifyBranchLabel(labels);
+        JTsetAsmFormat();
+        m_jumpTableState = TRAMPOLINE_USED;
+        return !m_formats.empty();
+    }
     getFailInfo(failInfo, sawOutOfRange, sawOutOfRange ? &ranges : nullptr, value);
     return false;
+}
+
+void VormCodeLine::setJumpTableEntry(const char* trampolineLabel, const EncoderFormat* trampolineFormat)
+{
+    m_isJumpTableEntry = true;
+    m_jumpTableTarget = trampolineLabel;
+    m_jumpTableFormat = trampolineFormat;
+    m_jumpTableState = TRAMPOLINE_UNDECIDED;
+    forceSize(2);
+}
+
+void VormCodeLine::JTmodifyBranchLabel(VormLabels&)
+{
+    const Token& mnemonic = getToken(0);
+    replaceToken(1, newToken(S_NAME, m_jumpTableTarget.c_str(), mnemonic.line, mnemonic.file));
+}
+
+void VormCodeLine::JTsetAsmFormat()
+{
+    assert(m_jumpTableFormat);
+    m_formats.assign(1, m_jumpTableFormat);
+    updateSizes();
 }
 
 void VormCodeLine::forceSize(std::uint32_t numBytes)

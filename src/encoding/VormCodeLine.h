@@ -4,6 +4,7 @@
 #include "model/VormTokenLine.h"
 
 #include <list>
+#include <string>
 #include <vector>
 
 namespace vorp {
@@ -15,6 +16,9 @@ class EncoderFormat;
 // in ascending size. Formats are only ever removed; the line is done when one size is left.
 class VormCodeLine : public VormTokenLine {
 public:
+    // Whether a jump-table entry needs its trampoline.
+    enum TrampolineUse { TRAMPOLINE_USED = 0, TRAMPOLINE_UNDECIDED = 1, TRAMPOLINE_UNUSED = 2 };
+
     VormCodeLine(std::unique_ptr<TokenLine> tokens, const Encoder* encoder, bool schedule);
 
     void encode(std::uint8_t* buffer, Relocations& relocations, VormAssembler& assembler,
@@ -44,21 +48,33 @@ public:
     bool isLink() const;
 
     const char* getInstructionName() const { return getToken(0).text; }
+
+    // Makes the line an entry of a compact jump table: 2 bytes only; when no short form reaches
+    // the target, the entry branches with `trampolineFormat` to the trampoline label instead.
+    void setJumpTableEntry(const char* trampolineLabel, const EncoderFormat* trampolineFormat);
+    bool isJumpTableEntry() const { return m_isJumpTableEntry; }
+    TrampolineUse getJumpTableState() const { return m_jumpTableState; }
+    const char* getJumpTableEntryTarget() const { return getToken(1).text; }
+    void JTmodifyBranchLabel(VormLabels& labels);
+    void JTsetAsmFormat();
+
+    // Removes formats that can't encode the line at the present addresses; false when none is left.
+    virtual bool chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final);
     void replaceToken(unsigned tokenNum, const Token& token);
     void getFailInfo(EncodingFailInfo& failInfo, bool outOfRange, const EncodingFailInfo::Ranges* ranges,
                      int value) const;
 
 protected:
-    virtual bool chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final);
-
-private:
-    // The sizes of the first and last format left, kept with the list: the iteration asks for
-    // them on every line of every pass.
+    // The sizes of the first and last format left, kept with the list.
     void updateSizes();
 
     std::list<const EncoderFormat*> m_formats;
     std::uint32_t m_minBytes = 0;
     std::uint32_t m_maxBytes = 0;
+    bool m_isJumpTableEntry = false;
+    TrampolineUse m_jumpTableState = TRAMPOLINE_UNDECIDED;
+    std::string m_jumpTableTarget;
+    const EncoderFormat* m_jumpTableFormat = nullptr;
     std::vector<int> m_regUse;
     std::vector<int> m_regDef;
 };

@@ -44,10 +44,6 @@ void AsmWriter::makeAssemblyLine(TokenLinePtr line)
 
 void AsmWriter::makeDirectiveLine(TokenLinePtr line)
 {
-    // Jump tables join with their trampolines; until then their lines are not made.
-    const int directive = line->front().symbol;
-    if (directive == S_D_JMPTABLE || directive == S_D_JMPTABLE32)
-        return;
     m_assembler.addDirective(m_section, std::move(line), m_schedule);
 }
 

@@ -8,6 +8,7 @@
 #include "encoding/InstructionGroupingSingle.h"
 #include "emit/ObjectEmitter.h"
 #include "encoding/VormCodeLine.h"
+#include "encoding/VormJTTrampoline.h"
 #include "encoding/VormOperImm.h"
 #include "encoding/VormOperReg.h"
 #include "frontend/VormExprEval.h"
@@ -345,6 +346,30 @@ VormCodeLine* VormAssembler::addCode(VormSection* section, std::unique_ptr<Token
             m_errorHandler->vorpError(location, AssErrorCodes::SUGGESTION, "Did you mean '%s'?\n", suggestion.c_str());
     }
     return nullptr;
+}
+
+std::unique_ptr<TokenLine> VormAssembler::newBranchTokenLine(const char* target, int line, const char* file)
+{
+    auto tokens = std::make_unique<TokenLine>();
+    tokens->push_back(newToken(S_NAME, "bu", line, file));
+    tokens->push_back(newToken(S_NAME, target, line, file));
+    return tokens;
+}
+
+VormCodeLine* VormAssembler::addBranch(VormSection* section, const char* target, int line, const char* file)
+{
+    VormCodeLine* branch = addCode(section, newBranchTokenLine(target, line, file), false, SYNTAX_DEFAULT);
+    assert(branch);
+    return branch;
+}
+
+VormJTTrampoline* VormAssembler::addJTTrampoline(VormSection* section, std::unique_ptr<TokenLine> tokens)
+{
+    const Encoder* encoder = findEncoder(tokens->front().text, SYNTAX_DEFAULT);
+    assert(encoder);
+    auto* line = new VormJTTrampoline(std::move(tokens), encoder, false);
+    addLine(section, line);
+    return line;
 }
 
 void VormAssembler::noMatchingFormatError(EncodingFailInfo& failInfo)

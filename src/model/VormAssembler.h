@@ -22,6 +22,7 @@ namespace vorp {
 
 class VormAlignDirectiveLine;
 class VormCodeLine;
+class VormJTTrampoline;
 class VormAsciiLine;
 class VormCCDirectiveLine;
 class VormLabelLine;
@@ -137,6 +138,10 @@ public:
     // An instruction line; an unknown mnemonic is reported (error 4, or 0 when the other syntax
     // knows it) and gives null.
     VormCodeLine* addCode(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule, Syntax syntax);
+    // A `bu TARGET` line added at the end of the section, in the default syntax and unscheduled.
+    VormCodeLine* addBranch(VormSection* section, const char* target, int line, const char* file);
+    static std::unique_ptr<TokenLine> newBranchTokenLine(const char* target, int line, const char* file);
+    VormJTTrampoline* addJTTrampoline(VormSection* section, std::unique_ptr<TokenLine> tokens);
     // Reports an instruction that no format fits (errors 48, 49) and ends the run.
     [[noreturn]] void noMatchingFormatError(EncodingFailInfo& failInfo);
 

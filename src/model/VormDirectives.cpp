@@ -20,6 +20,10 @@ VormDirectiveLine* VormDirectives::getDirectiveLine(std::unique_ptr<TokenLine> t
         return new VormDirectiveLine(SKIP_LINE, schedule, std::move(tokens), &m_skip);
     case S_D_SPACE:
         return new VormDirectiveLine(SKIP_LINE, schedule, std::move(tokens), &m_space);
+    case S_D_JMPTABLE:
+        return new VormDirectiveLine(DIRECTIVE_LINE, schedule, std::move(tokens), &m_jmptable);
+    case S_D_JMPTABLE32:
+        return new VormDirectiveLine(DIRECTIVE_LINE, schedule, std::move(tokens), &m_jmptable32);
     default:
         assert(0);
         return nullptr;

@@ -2,6 +2,8 @@
 
 #include "frontend/Token.h"
 #include "model/VormDotAssertDirective.h"
+#include "model/VormDotJmptable32Directive.h"
+#include "model/VormDotJmptableDirective.h"
 #include "model/VormDotSameResourceDirective.h"
 #include "model/VormDotSkipDirective.h"
 
@@ -17,7 +19,7 @@ public:
     VormDirectives();
     virtual ~VormDirectives() = default;
 
-    // A line for the directive of token 0, or null for a directive whose lines aren't made here.
+    // A line for the directive of token 0.
     VormDirectiveLine* getDirectiveLine(std::unique_ptr<TokenLine> tokens, bool schedule);
 
 private:
@@ -25,6 +27,8 @@ private:
     VormDotSkipDirective m_space;
     VormDotAssertDirective m_assert;
     VormDotSameResourceDirective m_sameResource;
+    VormDotJmptableDirective m_jmptable;
+    VormDotJmptable32Directive m_jmptable32;
 };
 
 } // namespace vorp

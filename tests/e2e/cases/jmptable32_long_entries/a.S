@@ -1,0 +1,3 @@
+a:
+	.jmptable32 a, b
+b:

@@ -1,0 +1,5 @@
+a:
+	nop
+	.jmptable a, b, a
+b:
+	nop

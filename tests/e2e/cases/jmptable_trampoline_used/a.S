@@ -1,0 +1,4 @@
+	.jmptable far, far, far
+	.skip 200
+far:
+	nop
