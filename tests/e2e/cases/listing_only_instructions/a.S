@@ -1,0 +1,2 @@
+	nop
+	add r0, r1, r2
