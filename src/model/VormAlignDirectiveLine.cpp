@@ -8,7 +8,6 @@ namespace vorp {
 
 namespace {
 
-constexpr std::uint32_t SHF_EXECINSTR = 0x4;
 constexpr std::uint32_t CODE_FILL = 0x900090;
 
 bool isPowerOfTwo(std::uint32_t value)
@@ -36,7 +35,7 @@ void VormAlignDirectiveLine::initialise(VormAssembler& assembler, VorpErrorHandl
         errorHandler.vorpError(m_location, AssErrorCodes::ALIGN_NOT_POWER_OF_TWO,
                                "alignment value '%d' is not power of two\n", static_cast<int>(m_alignment));
     if (!m_hasFill)
-        m_fill = (getSection()->getFlags() & SHF_EXECINSTR) ? CODE_FILL : 0;
+        m_fill = (getSection()->getFlags() & VormAssembler::SHF_EXECINSTR) ? CODE_FILL : 0;
 }
 
 // A bad alignment has been reported; it then counts as no alignment, so that nothing divides by 0.

@@ -2,7 +2,6 @@
 
 #include <cassert>
 #include <cstring>
-#include <sstream>
 
 namespace vorp {
 
@@ -59,9 +58,7 @@ void VormAsciiLine::dump(std::ostream& out) const
 
 void VormAsciiLine::printListing(FILE* file)
 {
-    std::ostringstream text;
-    dump(text);
-    fprintf(file, "%s\n", text.str().c_str());
+    printDump(file);
 }
 
 } // namespace vorp

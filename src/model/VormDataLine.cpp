@@ -6,7 +6,6 @@
 #include "model/VormPostponedExp.h"
 
 #include <cassert>
-#include <sstream>
 
 namespace vorp {
 
@@ -213,9 +212,7 @@ void VormDataLine::dump(std::ostream& out) const
 
 void VormDataLine::printListing(FILE* file)
 {
-    std::ostringstream text;
-    dump(text);
-    fprintf(file, "%s\n", text.str().c_str());
+    printDump(file);
 }
 
 } // namespace vorp

@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <iostream>
+#include <sstream>
 
 namespace vorp {
 
@@ -45,6 +46,13 @@ std::uint32_t VormLine::getNumBytes() const
     getByteRange(min, max);
     assert(min == max);
     return min;
+}
+
+void VormLine::printDump(FILE* file) const
+{
+    std::ostringstream text;
+    dump(text);
+    fprintf(file, "%s\n", text.str().c_str());
 }
 
 void VormLine::dump() const

@@ -57,6 +57,8 @@ public:
     std::uint32_t getNumBytes() const;
     // Writes the line and a line end to standard error.
     void dump() const;
+    // Writes the line's text and a line end to the file: the listing form of data lines.
+    void printDump(FILE* file) const;
 
 private:
     LineType m_type;
