@@ -49,6 +49,15 @@ public:
     static constexpr Elf32_Word SHT_EXPR = 20;
     static constexpr Elf32_Word SHT_NETINFO = 21;
 
+    // Section flags; the last two are this target's own.
+    static constexpr Elf32_Word SHF_WRITE = 0x1;
+    static constexpr Elf32_Word SHF_ALLOC = 0x2;
+    static constexpr Elf32_Word SHF_EXECINSTR = 0x4;
+    static constexpr Elf32_Word SHF_MERGE = 0x10;
+    static constexpr Elf32_Word SHF_STRINGS = 0x20;
+    static constexpr Elf32_Word SHF_DP_SECTION = 0x10000000;
+    static constexpr Elf32_Word SHF_CP_SECTION = 0x20000000;
+
     static constexpr Elf32_Half SHN_UNDEF = 0;
     static constexpr Elf32_Half SHN_ABS = 0xFFF1;
     static constexpr Elf32_Half SHN_COMMON = 0xFFF2;

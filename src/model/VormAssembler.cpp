@@ -119,8 +119,8 @@ std::uint32_t VormAssembler::parseSectionFlags(const std::string& flags, const L
         case 'x': word |= SHF_EXECINSTR; break;
         case 'M': word |= SHF_MERGE; break;
         case 'S': word |= SHF_STRINGS; break;
-        case 'd': word |= 0x10000000; break;
-        case 'c': word |= 0x20000000; break;
+        case 'd': word |= ElfHandler::SHF_DP_SECTION; break;
+        case 'c': word |= ElfHandler::SHF_CP_SECTION; break;
         case 'G': isGroup = true; break;
         default:
             m_errorHandler->vorpError(location, AssErrorCodes::SECTION_FLAG,

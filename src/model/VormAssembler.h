@@ -2,6 +2,7 @@
 
 #include "debug/DebugLine.h"
 #include "diag/Location.h"
+#include "elf/ElfHandler.h"
 #include "encoding/InstructionGrouping.h"
 #include "encoding/Tl3bInstructionTable.h"
 #include "frontend/Token.h"
@@ -38,11 +39,11 @@ public:
     enum Arch { TL3B = 0 };
     enum Syntax { SYNTAX_DEFAULT = 0, SYNTAX_ARCHITECTURAL = 1 };
 
-    static constexpr std::uint32_t SHF_WRITE = 0x1;
-    static constexpr std::uint32_t SHF_ALLOC = 0x2;
-    static constexpr std::uint32_t SHF_EXECINSTR = 0x4;
-    static constexpr std::uint32_t SHF_MERGE = 0x10;
-    static constexpr std::uint32_t SHF_STRINGS = 0x20;
+    static constexpr std::uint32_t SHF_WRITE = ElfHandler::SHF_WRITE;
+    static constexpr std::uint32_t SHF_ALLOC = ElfHandler::SHF_ALLOC;
+    static constexpr std::uint32_t SHF_EXECINSTR = ElfHandler::SHF_EXECINSTR;
+    static constexpr std::uint32_t SHF_MERGE = ElfHandler::SHF_MERGE;
+    static constexpr std::uint32_t SHF_STRINGS = ElfHandler::SHF_STRINGS;
 
     VormAssembler(std::string sourcePath, std::string workingDir, TelkUtils* utils, const char* outputFile,
                   bool listing, bool verbose, Arch arch, VorpErrorHandler* errorHandler, bool binaryDump,

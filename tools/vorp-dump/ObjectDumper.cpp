@@ -18,13 +18,6 @@ namespace {
 constexpr unsigned EXPR_RECORD_BYTES = 20;
 constexpr unsigned HEX_BYTES_PER_LINE = 16;
 
-constexpr Elf32_Word SHF_WRITE = 0x1;
-constexpr Elf32_Word SHF_ALLOC = 0x2;
-constexpr Elf32_Word SHF_EXECINSTR = 0x4;
-constexpr Elf32_Word SHF_MERGE = 0x10;
-constexpr Elf32_Word SHF_STRINGS = 0x20;
-constexpr Elf32_Word SHF_DEBUG = 0x10000000;
-constexpr Elf32_Word SHF_CP_SECTION = 0x20000000;
 
 void appendf(std::string& out, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
@@ -192,8 +185,9 @@ std::string ObjectDumper::sectionFlagLetters(Elf32_Word flags)
         Elf32_Word bit;
         char letter;
     } letters[] = {
-        {SHF_WRITE, 'w'}, {SHF_ALLOC, 'a'}, {SHF_EXECINSTR, 'x'}, {SHF_MERGE, 'M'},
-        {SHF_STRINGS, 'S'}, {SHF_DEBUG, 'd'}, {SHF_CP_SECTION, 'c'},
+        {ElfHandler::SHF_WRITE, 'w'},     {ElfHandler::SHF_ALLOC, 'a'},      {ElfHandler::SHF_EXECINSTR, 'x'},
+        {ElfHandler::SHF_MERGE, 'M'},     {ElfHandler::SHF_STRINGS, 'S'},    {ElfHandler::SHF_DP_SECTION, 'd'},
+        {ElfHandler::SHF_CP_SECTION, 'c'},
     };
     std::string out;
     for (const auto& entry : letters) {
