@@ -7,6 +7,8 @@
 
 namespace vorp {
 
+class DataWriter;
+class VormAssembler;
 class VorpErrorHandler;
 
 // One row of the line-number program. Rows never hold addresses: each names a label at its place.
@@ -39,6 +41,13 @@ public:
     // Reports gaps in the files and rows naming files that don't exist (error 43), and ends an
     // open last sequence.
     void validate();
+    // Writes ".debug_line" as a DWARF 3 line program. From lines, the section begins with the label
+    // the generated compilation unit refers to.
+    void encode(VormAssembler& assembler, bool fromLines);
+    void writeHeader(DataWriter& writer) const;
+    void writeLineNumberProgram(DataWriter& writer) const;
+    void writeLineNumberEntry(DataWriter& writer, DebugLineRow& state, const DebugLineRow& row) const;
+    static void resetState(DebugLineRow& state);
 
     const std::vector<std::string>& getFiles() const { return m_files; }
     const std::vector<DebugLineRow>& getRows() const { return m_rows; }

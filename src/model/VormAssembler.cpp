@@ -404,6 +404,8 @@ bool VormAssembler::runPasses()
     if (ok())
         chooseInstructionFormats();
     if (ok())
+        expandLateDirectives();
+    if (ok())
         m_labels.finaliseLabels();
     if (ok())
         addDefaultNotes();
@@ -439,6 +441,31 @@ void VormAssembler::expandDirectives()
     const std::size_t count = m_sections.size();
     for (std::size_t i = 0; i < count; ++i)
         expandDirectives(m_sections[i].get());
+    const bool fromLines = shouldGenDwarfFromLines();
+    const bool generate = shouldGenDwarf();
+    if (fromLines)
+        emitDefaultDwarfSections();
+    if (generate)
+        m_debugLine.encode(*this, fromLines);
+    m_zebInfo.encode(*this);
+}
+
+void VormAssembler::emitDefaultDwarfSections()
+{
+    m_debugInfo.setName(m_sourcePath);
+    m_debugInfo.setCompDir(m_workingDir);
+    m_debugInfo.setProducer("vorp");
+    m_debugInfo.encode(*this);
+}
+
+void VormAssembler::expandLateDirectives()
+{
+    std::vector<VormSection*> sections;
+    m_debugFrame.encode(*this, sections);
+    for (VormSection* section : sections) {
+        expandDirectives(section);
+        chooseInstructionFormats(section);
+    }
 }
 
 bool VormAssembler::shouldGenDwarfFromLoc() const
@@ -551,7 +578,7 @@ void VormAssembler::expandDirectives(VormSection* section)
         const char* unknown = IdStrings::idString("<unknown>");
         addLabel(section, lines.begin(), newToken(S_NAME, low.c_str(), 0, unknown), false);
         addLabel(section, lines.end(), newToken(S_NAME, high.c_str(), 0, unknown), false);
-        m_codeRanges.emplace_back(low, high);
+        m_debugInfo.addRange(low, high);
     }
 }
 

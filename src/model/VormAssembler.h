@@ -1,5 +1,7 @@
 #pragma once
 
+#include "debug/DebugFrame.h"
+#include "debug/DebugInfo.h"
 #include "debug/DebugLine.h"
 #include "diag/Location.h"
 #include "elf/ElfHandler.h"
@@ -7,6 +9,7 @@
 #include "encoding/Tl3bInstructionTable.h"
 #include "frontend/Token.h"
 #include "metadata/NoteMemo.h"
+#include "metadata/ZebInfo.h"
 #include "model/VormDataLine.h"
 #include "model/VormDirectives.h"
 #include "model/VormLabels.h"
@@ -58,14 +61,17 @@ public:
     std::vector<NoteMemo>& getNotes() { return m_notes; }
     Arch getArch() const { return m_arch; }
     DebugLine& getDebugLine() { return m_debugLine; }
-    // The (low, high) label names of every code range with line rows.
-    const std::vector<std::pair<std::string, std::string>>& getCodeRanges() const { return m_codeRanges; }
+    DebugFrame& getDebugFrame() { return m_debugFrame; }
+    DebugInfo& getDebugInfo() { return m_debugInfo; }
+    ZebInfo& getZebInfo() { return m_zebInfo; }
 
     // Line rows come from .loc when the compiler wrote its own ".debug_info" and no line table;
     // from every instruction of ".text" with -g on plain assembly.
     bool shouldGenDwarfFromLoc() const;
     bool shouldGenDwarfFromLines() const;
     bool shouldGenDwarf() const { return shouldGenDwarfFromLoc() || shouldGenDwarfFromLines(); }
+    // The compilation unit for -g on plain assembly.
+    void emitDefaultDwarfSections();
     // A row for the code line at `position`, with a label in front of it; false for lines that
     // get none.
     bool addToDebugLine(VormSection* section, LinePosition position, bool inCC);
@@ -172,6 +178,8 @@ private:
     void expandDirectives(VormSection* section);
     void chooseInstructionFormats();
     void chooseInstructionFormats(VormSection* section);
+    // The call frame sections, written once every address is exact.
+    void expandLateDirectives();
 
     // Lines point into the encoders, so these outlive the sections.
     Tl3bInstructionTable m_instructionTable;
@@ -181,8 +189,10 @@ private:
     VorpErrorHandler* m_errorHandler;
     VormLinkerExps m_linkerExps;
     std::vector<NoteMemo> m_notes;
-    std::vector<std::pair<std::string, std::string>> m_codeRanges;
     DebugLine m_debugLine;
+    DebugFrame m_debugFrame;
+    DebugInfo m_debugInfo;
+    ZebInfo m_zebInfo;
     std::map<std::string, std::uint32_t> m_fileNumbers;
     VormDirectives m_directives;
     Arch m_arch;

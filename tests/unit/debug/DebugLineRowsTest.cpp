@@ -29,7 +29,7 @@ std::string rows(const DebugLine& table)
 TEST(DebugLineRowsTest, LocDirectivesBecomeRowsWhenTheCompilerWroteDebugInfo)
 {
     test::ParsedSource source(".section .debug_info, \"\", @progbits\n.text\n"
-                              ".loc 1 5 0\nnop\n"
+                              ".file 1 \"a.c\"\n.file 2 \"b.c\"\n.loc 1 5 0\nnop\n"
                               ".cc_top f.function, f\nf:\n.loc 1 6 0\nnop\n.cc_bottom f.function\n"
                               ".loc 2 7 0 is_stmt 0\nnop\n");
     source.settle();

@@ -1,0 +1,1 @@
+#include "debug/DataReader.h"
