@@ -11,11 +11,24 @@
 #   absent.files      names that must not exist after the run, one per line
 #   expected.dump     vorp-dump of the object: a.o, or the name given in `dump.object`
 #   expected.file.X   the contents of the file X written by the run (a listing, say)
+#   fixed.workdir     run in this folder instead of a fresh one under the build tree
+#   expected.dwarfdump  what llvm-dwarfdump prints of the object with its data relocations applied
+#                     (`vorp-dump --resolved`); the file `dwarfdump` holds llvm-dwarfdump's options.
+#                     Without llvm-dwarfdump on the machine the case is skipped (status 77).
 # With VORP_UPDATE_GOLDEN=1 the status, stderr, stdout and dump expectations are rewritten from the run.
 set -u
 vorp=$1
 case_dir=$2
 work=$3
+
+# Outputs that contain the working folder (the compilation directory of -g) need a fixed one;
+# a lock keeps two test runs from sharing it at the same time.
+if [ -f "$case_dir/fixed.workdir" ]; then
+  work=$(cat "$case_dir/fixed.workdir")
+  mkdir -p "$(dirname "$work")"
+  exec 9>"$work.lock"
+  flock 9
+fi
 
 rm -rf "$work"
 mkdir -p "$work"
@@ -23,7 +36,7 @@ for f in "$case_dir"/* "$case_dir"/.[!.]*; do
   [ -e "$f" ] || continue
   name=$(basename "$f")
   case "$name" in
-    cmd|stdin|generate|expected.*|absent.files|dump.object) ;;
+    cmd|stdin|generate|expected.*|absent.files|dump.object|dwarfdump|fixed.workdir) ;;
     *) cp -R "$f" "$work/" ;;
   esac
 done
@@ -51,7 +64,21 @@ if [ -f "$case_dir/expected.dump" ]; then
   fi
 fi
 
+dwarf_skipped=0
+if [ -f "$case_dir/dwarfdump" ]; then
+  if ! command -v llvm-dwarfdump >/dev/null; then
+    dwarf_skipped=1
+  elif [ -f "$work/$object" ]; then
+    (cd "$work" && "$dump_tool" --resolved resolved.o "$object" >/dev/null &&
+      eval "llvm-dwarfdump $(cat "$case_dir/dwarfdump") resolved.o" 2>&1 |
+      grep -v -e 'failed to compute relocation' -e 'No available targets are compatible') >"$work/.dwarfdump"
+  else
+    echo "no object $object" >"$work/.dwarfdump"
+  fi
+fi
+
 if [ "${VORP_UPDATE_GOLDEN:-}" = 1 ]; then
+  [ -f "$case_dir/dwarfdump" ] && [ -f "$work/.dwarfdump" ] && cp "$work/.dwarfdump" "$case_dir/expected.dwarfdump"
   [ -f "$case_dir/expected.dump" ] && cp "$work/.dump" "$case_dir/expected.dump"
   if [ "$status" -ne 0 ]; then echo "$status" >"$case_dir/expected.status"; else rm -f "$case_dir/expected.status"; fi
   for s in stderr stdout; do
@@ -76,6 +103,10 @@ done
 if [ -f "$case_dir/expected.dump" ] && ! diff -u --label "expected dump" --label "actual dump" "$case_dir/expected.dump" "$work/.dump"; then
   failed=1
 fi
+if [ -f "$case_dir/dwarfdump" ] && [ "$dwarf_skipped" = 0 ] &&
+  ! diff -u --label "expected dwarfdump" --label "actual dwarfdump" "$case_dir/expected.dwarfdump" "$work/.dwarfdump"; then
+  failed=1
+fi
 for expected in "$case_dir"/expected.file.*; do
   [ -e "$expected" ] || continue
   name=${expected##*/expected.file.}
@@ -97,5 +128,9 @@ if [ -f "$case_dir/absent.files" ]; then
     [ -z "$name" ] && continue
     if [ -e "$work/$name" ]; then echo "file should not exist: $name"; failed=1; fi
   done <"$case_dir/absent.files"
+fi
+if [ "$failed" = 0 ] && [ "$dwarf_skipped" = 1 ]; then
+  echo "llvm-dwarfdump not found: the DWARF check is skipped"
+  exit 77
 fi
 exit $failed
