@@ -11,6 +11,24 @@ class VormAssembler;
 class VormLabel;
 class VormSection;
 
+// Call frame instructions, by their DWARF numbers.
+enum DwCfa : unsigned {
+    DW_CFA_set_loc = 1,
+    DW_CFA_offset_extended = 5,
+    DW_CFA_restore_extended = 6,
+    DW_CFA_undefined = 7,
+    DW_CFA_same_value = 8,
+    DW_CFA_register = 9,
+    DW_CFA_remember_state = 10,
+    DW_CFA_restore_state = 11,
+    DW_CFA_def_cfa = 12,
+    DW_CFA_def_cfa_register = 13,
+    DW_CFA_def_cfa_offset = 14,
+    DW_CFA_offset_extended_sf = 17,
+    DW_CFA_offset = 128,
+    DW_CFA_restore = 192,
+};
+
 // One frame directive inside a procedure, at a label of its own.
 struct DebugFrameInstruction {
     unsigned opcode = 0;

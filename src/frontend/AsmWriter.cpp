@@ -503,6 +503,322 @@ void AsmWriter::syntaxDirective(const Token& directive, const Token& word)
                                  "Invalid argument to .syntax directive.\n");
 }
 
+// ---- Timing directives ----
+
+namespace {
+
+// Inside an elimination block a timing record is guarded by its own location, so that it goes
+// when the block's code goes.
+VormLabel* timingGuard(const VormSection* section, VormLabel* location)
+{
+    return section->getOpenCCTop() ? location : nullptr;
+}
+
+// A branch target must be SYMBOL, SYMBOL + INTEGER or SYMBOL - INTEGER, and not ".".
+bool branchTarget(const Operand* tree, const char*& symbol, int& offset)
+{
+    if (ExprEval::usesCurrentLocation(tree))
+        return false;
+    if (tree->getOpcode() == Operand::SYMBOL) {
+        symbol = tree->getToken(0).text;
+        offset = 0;
+        return true;
+    }
+    if (tree->getOpcode() != Operand::ADD && tree->getOpcode() != Operand::SUBTRACT)
+        return false;
+    const Operand* left = tree->getOperand(0);
+    const Operand* right = tree->getOperand(1);
+    if (left->getOpcode() != Operand::SYMBOL || right->getOpcode() != Operand::INTEGER)
+        return false;
+    const unsigned value = right->getToken(0).constantValue;
+    symbol = left->getToken(0).text;
+    offset = static_cast<int>(tree->getOpcode() == Operand::ADD ? value : 0u - value);
+    return true;
+}
+
+} // namespace
+
+void AsmWriter::zebBranchDirective(const Token& directive, OperandList values)
+{
+    // One label is the location of all entries. It is made with the first good entry, so that a
+    // directive rejected at its first expression leaves nothing behind; entries before a bad
+    // expression stay.
+    VormLabel* location = nullptr;
+    VormLabel* guard = nullptr;
+    std::vector<ZebBranch*>& branches = m_assembler.getZebInfo().branches;
+    for (OperandPtr& value : values) {
+        const OperandPtr tree(ExprEval::optimise(value.release()));
+        const char* symbol = nullptr;
+        int offset = 0;
+        if (!branchTarget(tree.get(), symbol, offset)) {
+            m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::NOT_CONSTANT,
+                                     ".zebbranch invalid syntax for directive\n");
+            return;
+        }
+        if (!location) {
+            location = addRecordLabel(directive);
+            guard = timingGuard(m_section, location);
+        }
+        VormLabel* target = m_assembler.getLabels().getOrAddRequiredLabel(symbol, false);
+        branches.push_back(new ZebBranch{location, target, offset, guard});
+    }
+}
+
+void AsmWriter::zebRecordDirective(const Token& directive, const Token& first, const Token& second,
+                                   const Token& third, const Token& number)
+{
+    ZebInfo& info = m_assembler.getZebInfo();
+    switch (directive.symbol) {
+    case S_D_ZEBENDPOINT:
+        zebMarkerDirective(directive, first, second, third, number, info.endpoints);
+        break;
+    case S_D_ZEBLABEL:
+        zebMarkerDirective(directive, first, second, third, number, info.labels);
+        break;
+    case S_D_ZEBCALL:
+        zebMarkerDirective(directive, first, second, third, number, info.calls);
+        break;
+    case S_D_ZEBCOMMAND:
+        info.commands.push_back(new ZebCommand{first.text, second.text, third.text, number.constantValue});
+        break;
+    case S_D_ZEBSYSTEM:
+        info.systems.push_back(new ZebSystem{first.text, second.text, third.text, number.constantValue});
+        break;
+    default:
+        break;
+    }
+}
+
+void AsmWriter::zebMarkerDirective(const Token& directive, const Token& first, const Token& second,
+                                   const Token& third, const Token& value, std::vector<ZebMarker*>& list)
+{
+    VormLabel* location = addRecordLabel(directive);
+    list.push_back(new ZebMarker{location, first.text, second.text, third.text, value.constantValue,
+                                 timingGuard(m_section, location)});
+}
+
+void AsmWriter::zebThreadStartDirective(const Token& directive)
+{
+    zebThreadStopStartDirective(directive, m_assembler.getZebInfo().threadStarts);
+}
+
+void AsmWriter::zebThreadStopDirective(const Token& directive)
+{
+    zebThreadStopStartDirective(directive, m_assembler.getZebInfo().threadStops);
+}
+
+void AsmWriter::zebThreadStopStartDirective(const Token& directive, std::vector<ZebThreadDelimiter*>& list)
+{
+    VormLabel* location = addRecordLabel(directive);
+    list.push_back(new ZebThreadDelimiter{location, timingGuard(m_section, location)});
+}
+
+void AsmWriter::zebLoopDirective(const Token& directive, const Token& count)
+{
+    VormLabel* location = addRecordLabel(directive);
+    m_assembler.getZebInfo().loops.push_back(
+        new ZebLoop{location, count.constantValue, timingGuard(m_section, location)});
+}
+
+// ---- Frame directives ----
+
+DebugFrameProc* AsmWriter::openProcedure(const Token& directive)
+{
+    DebugFrameProc* proc = m_section->getCurrentProc();
+    if (!proc)
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::CFI_UNOPENED,
+                                 "%s directive without previous .cfi_startproc\n", directive.text);
+    return proc;
+}
+
+VormLabel* AsmWriter::addRecordLabel(const Token& directive)
+{
+    VormLabel* label = m_assembler.addUniqueLabel(m_section, locationOf(directive), m_schedule)->getLabel();
+    m_assembler.getLabels().ensureLabelName(label);
+    return label;
+}
+
+void AsmWriter::cfiSectionsDirective(const Token& directive, TokenLinePtr symbols)
+{
+    bool debugFrame = false;
+    bool ehFrame = false;
+    for (const Token& symbol : *symbols) {
+        if (symbol.symbol != S_NAME)
+            continue;
+        if (std::strcmp(symbol.text, ".debug_frame") == 0)
+            debugFrame = true;
+        else if (std::strcmp(symbol.text, ".eh_frame") == 0)
+            ehFrame = true;
+        else
+            m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::CFI_SECTION, "unknown CFI section \"%s\"\n",
+                                     symbol.text);
+    }
+    m_assembler.getDebugFrame().setSections(debugFrame, ehFrame);
+}
+
+void AsmWriter::cfiStartprocDirective(const Token& directive, const Token* word)
+{
+    if (word && std::strcmp(word->text, "simple") != 0)
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::CFI_STARTPROC_ARGUMENT,
+                                 "invalid argument to .cfi_startproc directive\n");
+    if (m_section->getCurrentProc()) {
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::CFI_NOT_CLOSED,
+                                 "previous .cfi_startproc directive not closed with .cfi_endproc\n");
+        return;
+    }
+    DebugFrameProc* proc = m_assembler.getDebugFrame().addProc();
+    proc->startLabel = addRecordLabel(directive);
+    proc->simple = word != nullptr;
+    m_section->setCurrentProc(proc);
+}
+
+void AsmWriter::cfiEndprocDirective(const Token& directive)
+{
+    DebugFrameProc* proc = m_section->getCurrentProc();
+    if (!proc) {
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::CFI_ENDPROC_UNOPENED,
+                                 ".cfi_endproc directive without previous .cfi_startproc\n");
+        return;
+    }
+    proc->endLabel = addRecordLabel(directive);
+    m_section->setCurrentProc(nullptr);
+}
+
+void AsmWriter::cfiEncodingDirective(const Token& directive, OperandPtr encoding, const Token* symbol, bool personality)
+{
+    DebugFrameProc* proc = openProcedure(directive);
+    if (!proc)
+        return;
+    const char* name = personality ? ".cfi_personality" : ".cfi_lsda";
+    int value = 0;
+    if (!ExprEval::evaluate(encoding.get(), value)) {
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::CFI_ENCODING,
+                                 "encoding argument of %s is not a constant expression\n", name);
+        return;
+    }
+    if (value < -128 || value > 255) {
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::CFI_ENCODING,
+                                 "encoding argument for %s is out of range\n", name);
+        return;
+    }
+    VormLabel* label = symbol ? m_assembler.getLabels().getOrAddRequiredLabel(symbol->text, false) : nullptr;
+    if (personality) {
+        proc->personalityEncoding = static_cast<unsigned>(value);
+        proc->personality = label;
+    } else {
+        proc->lsdaEncoding = static_cast<unsigned>(value);
+        proc->lsda = label;
+    }
+}
+
+void AsmWriter::cfiPersonalityDirective(const Token& directive, OperandPtr encoding, const Token* symbol)
+{
+    cfiEncodingDirective(directive, std::move(encoding), symbol, true);
+}
+
+void AsmWriter::cfiLsdaDirective(const Token& directive, OperandPtr encoding, const Token* symbol)
+{
+    cfiEncodingDirective(directive, std::move(encoding), symbol, false);
+}
+
+void AsmWriter::cfiDirectiveCommon(const Token& directive, OperandPtr operand, const char* name, unsigned opcode)
+{
+    DebugFrameProc* proc = openProcedure(directive);
+    if (!proc)
+        return;
+    DebugFrameInstruction instruction;
+    if (!ExprEval::evaluate(operand.get(), instruction.args[0])) {
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::NOT_CONSTANT,
+                                 "%s for %s directive is not a constant expression\n", name, directive.text);
+        return;
+    }
+    instruction.opcode = opcode;
+    instruction.numArgs = 1;
+    instruction.label = addRecordLabel(directive);
+    proc->instructions.push_back(instruction);
+}
+
+void AsmWriter::cfiDirectiveCommon(const Token& directive, OperandPtr first, OperandPtr second,
+                                   const char* firstName, const char* secondName, unsigned opcode)
+{
+    DebugFrameProc* proc = openProcedure(directive);
+    if (!proc)
+        return;
+    DebugFrameInstruction instruction;
+    const char* failed = nullptr;
+    if (!ExprEval::evaluate(first.get(), instruction.args[0]))
+        failed = firstName;
+    else if (!ExprEval::evaluate(second.get(), instruction.args[1]))
+        failed = secondName;
+    if (failed) {
+        m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::NOT_CONSTANT,
+                                 "%s for %s directive is not a constant expression\n", failed, directive.text);
+        return;
+    }
+    instruction.opcode = opcode;
+    instruction.numArgs = 2;
+    instruction.label = addRecordLabel(directive);
+    proc->instructions.push_back(instruction);
+}
+
+void AsmWriter::cfiTwoOperandDirective(const Token& directive, OperandPtr first, OperandPtr second)
+{
+    switch (directive.symbol) {
+    case S_D_CFI_DEF_CFA:
+        cfiDirectiveCommon(directive, std::move(first), std::move(second), "register", "offset", DW_CFA_def_cfa);
+        break;
+    case S_D_CFI_OFFSET:
+        cfiDirectiveCommon(directive, std::move(first), std::move(second), "register", "offset", DW_CFA_offset);
+        break;
+    case S_D_CFI_REGISTER:
+        cfiDirectiveCommon(directive, std::move(first), std::move(second), "register", "register", DW_CFA_register);
+        break;
+    default:
+        // .cfi_rel_offset holds a place only: its arguments are not even evaluated.
+        openProcedure(directive);
+        break;
+    }
+}
+
+void AsmWriter::cfiOneOperandDirective(const Token& directive, OperandPtr operand)
+{
+    switch (directive.symbol) {
+    case S_D_CFI_DEF_CFA_REGISTER:
+        cfiDirectiveCommon(directive, std::move(operand), "register", DW_CFA_def_cfa_register);
+        break;
+    case S_D_CFI_DEF_CFA_OFFSET:
+        cfiDirectiveCommon(directive, std::move(operand), "offset", DW_CFA_def_cfa_offset);
+        break;
+    case S_D_CFI_RESTORE:
+        cfiDirectiveCommon(directive, std::move(operand), "register", DW_CFA_restore);
+        break;
+    case S_D_CFI_UNDEFINED:
+        cfiDirectiveCommon(directive, std::move(operand), "register", DW_CFA_undefined);
+        break;
+    case S_D_CFI_SAME_VALUE:
+        cfiDirectiveCommon(directive, std::move(operand), "register", DW_CFA_same_value);
+        break;
+    default:
+        // .cfi_adjust_cfa_offset holds a place only.
+        openProcedure(directive);
+        break;
+    }
+}
+
+void AsmWriter::cfiRememberState(const Token& directive)
+{
+    if (DebugFrameProc* proc = openProcedure(directive))
+        proc->instructions.push_back(DebugFrameInstruction{DW_CFA_remember_state, {0, 0}, 0, addRecordLabel(directive)});
+}
+
+void AsmWriter::cfiRestoreState(const Token& directive)
+{
+    if (DebugFrameProc* proc = openProcedure(directive))
+        proc->instructions.push_back(DebugFrameInstruction{DW_CFA_restore_state, {0, 0}, 0, addRecordLabel(directive)});
+}
+
+// ---- End of frame directives ----
+
 int vorpparse(VormAssembler& assembler, const std::vector<const char*>& files, bool schedule)
 {
     VorpErrorHandler& errorHandler = assembler.getErrorHandler();

@@ -61,6 +61,25 @@ public:
     void schedulingDirective(const Token& directive, const Token& word) override;
     void syntaxDirective(const Token& directive, const Token& word) override;
 
+    // Timing analysis: each directive leaves a named label here and a record in ZebInfo.
+    void zebBranchDirective(const Token& directive, OperandList values) override;
+    void zebRecordDirective(const Token& directive, const Token& first, const Token& second, const Token& third,
+                            const Token& number) override;
+    void zebThreadStartDirective(const Token& directive) override;
+    void zebThreadStopDirective(const Token& directive) override;
+    void zebLoopDirective(const Token& directive, const Token& count) override;
+
+    // Call frames: records of the section's open procedure.
+    void cfiSectionsDirective(const Token& directive, TokenLinePtr symbols) override;
+    void cfiStartprocDirective(const Token& directive, const Token* word) override;
+    void cfiEndprocDirective(const Token& directive) override;
+    void cfiPersonalityDirective(const Token& directive, OperandPtr encoding, const Token* symbol) override;
+    void cfiLsdaDirective(const Token& directive, OperandPtr encoding, const Token* symbol) override;
+    void cfiTwoOperandDirective(const Token& directive, OperandPtr first, OperandPtr second) override;
+    void cfiOneOperandDirective(const Token& directive, OperandPtr operand) override;
+    void cfiRememberState(const Token& directive) override;
+    void cfiRestoreState(const Token& directive) override;
+
 private:
     // `.set`, `NAME =` and `.linkset`: a constant, an alias, or a value the linker works out.
     void setDirectiveCommon(const LineLocation& location, const Token& name, OperandPtr expression);
@@ -68,6 +87,21 @@ private:
     VormLinkerExps::Expression& addSymbolFact(std::int32_t kind, const Token& first, const Token& second);
     // A label for "." at the present place, when the expression needs one.
     VormLabel* currentLocationLabel(const Operand* expression, const LineLocation& location);
+    // The open frame procedure of the current section; without one, error 61 and null.
+    DebugFrameProc* openProcedure(const Token& directive);
+    // A named label at the present place, for a frame or timing record.
+    VormLabel* addRecordLabel(const Token& directive);
+    // A frame instruction of `opcode` from constant arguments; `names` spell them in messages.
+    void cfiDirectiveCommon(const Token& directive, OperandPtr operand, const char* name, unsigned opcode);
+    void cfiDirectiveCommon(const Token& directive, OperandPtr first, OperandPtr second, const char* firstName,
+                            const char* secondName, unsigned opcode);
+    // .cfi_personality and .cfi_lsda: an encoding and an optional symbol.
+    void cfiEncodingDirective(const Token& directive, OperandPtr encoding, const Token* symbol, bool personality);
+    // .zebendpoint, .zeblabel, .zebcall: a label here and a marker record in `list`.
+    void zebMarkerDirective(const Token& directive, const Token& first, const Token& second, const Token& third,
+                            const Token& value, std::vector<ZebMarker*>& list);
+    // .zebthreadstart, .zebthreadstop: a label here and a delimiter record in `list`.
+    void zebThreadStopStartDirective(const Token& directive, std::vector<ZebThreadDelimiter*>& list);
 
     VormAssembler& m_assembler;
     VorpErrorHandler& m_errorHandler;

@@ -5,6 +5,7 @@
 
 namespace vorp {
 
+class DataWriter;
 class VormAssembler;
 class VormLabel;
 
@@ -82,6 +83,22 @@ public:
 
     // Creates the sections that have records, in a fixed order.
     void encode(VormAssembler& assembler);
+
+private:
+    void encodeCommand(VormAssembler& assembler);
+    void encodeSystem(VormAssembler& assembler);
+    void encodeBranch(VormAssembler& assembler);
+    void encodeLoop(VormAssembler& assembler);
+    void encodeThread(VormAssembler& assembler, const std::vector<ZebThreadDelimiter*>& records,
+                      const char* sectionName);
+    void encodeMarker(VormAssembler& assembler, const std::vector<ZebMarker*>& records, const char* sectionName);
+
+    // A guarded record sits in an elimination block of its own whose predicate is the guard, so the
+    // linker drops the record with the code it describes.
+    static void beginRecord(DataWriter& writer, const VormLabel* location, const VormLabel* guard);
+    static void endRecord(DataWriter& writer, const VormLabel* guard);
+    // "<name>.zeb.<n>", numbered over the whole run.
+    static std::string genCCTopLabel(const std::string& name);
 };
 
 } // namespace vorp

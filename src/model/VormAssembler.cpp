@@ -1,5 +1,6 @@
 #include "model/VormAssembler.h"
 
+#include "debug/DebugInfoRewriter.h"
 #include "diag/ErrorHandler.h"
 #include "diag/IdStrings.h"
 #include "diag/TelkUtils.h"
@@ -399,6 +400,8 @@ bool VormAssembler::runPasses()
 {
     auto ok = [this] { return m_errorHandler->getMakeBinary(); };
     checkForUnterminatedCCTop();
+    if (ok() && m_rewriteDebug)
+        rewriteDwarf();
     if (ok())
         expandDirectives();
     if (ok())
@@ -433,6 +436,11 @@ void VormAssembler::checkForUnterminatedCCTop()
             m_errorHandler->vorpError(top->getLocation(), AssErrorCodes::UNTERMINATED_CC_TOP,
                                       "Unterminated cc_top directive.\n");
     }
+}
+
+void VormAssembler::rewriteDwarf()
+{
+    DebugInfoRewriter(*this, m_warnRewriteDebug).rewriteDwarf();
 }
 
 void VormAssembler::expandDirectives()

@@ -174,6 +174,8 @@ public:
 
 private:
     void checkForUnterminatedCCTop();
+    // Prepares a compiler's ".debug_info" for elimination by the linker.
+    void rewriteDwarf();
     void expandDirectives();
     void expandDirectives(VormSection* section);
     void chooseInstructionFormats();
