@@ -20,6 +20,7 @@
 #include "model/VormLabelLine.h"
 #include "model/VormLine.h"
 #include "model/VormLocDirectiveLine.h"
+#include "schedule/InstructionGroupingScheduled.h"
 
 #include <cassert>
 #include <cstdio>
@@ -599,10 +600,67 @@ void VormAssembler::chooseInstructionFormats()
 void VormAssembler::getInstructionGroupings(VormSection* section, InstructionGroupings& groupings,
                                             bool& hasScheduling)
 {
-    // Scheduled blocks are not formed yet: every line is a grouping of its own.
     hasScheduling = false;
-    for (VormLine* line : section->getLines())
-        groupings.push_back(std::make_unique<InstructionGroupingSingle>(line));
+    for (const VormLine* line : section->getLines())
+        hasScheduling = hasScheduling || line->getSchedule();
+    if (!hasScheduling) {
+        for (VormLine* line : section->getLines())
+            groupings.push_back(std::make_unique<InstructionGroupingSingle>(line));
+        return;
+    }
+
+    // Addresses are still at their widest: this pass removes only what no address can save, and
+    // leaves many lines done, which is what lets them into a scheduled block.
+    for (VormLine* line : section->getLines()) {
+        EncodingFailInfo failInfo;
+        bool changed = false;
+        if (!line->chooseEncoder(false, m_labels, changed, failInfo, false))
+            noMatchingFormatError(failInfo);
+    }
+
+    auto addSingles = [&groupings](LinePosition first, LinePosition last) {
+        for (auto position = first; position != last; ++position)
+            groupings.push_back(std::make_unique<InstructionGroupingSingle>(*position));
+    };
+    std::vector<VormBasicBlock> blocks;
+    section->getBlocks(blocks);
+    for (VormBasicBlock& block : blocks) {
+        LinePosition firstCode = block.begin();
+        while (firstCode != block.end() && (*firstCode)->getType() != CODE_LINE)
+            ++firstCode;
+        if (firstCode == block.end())
+            firstCode = block.begin();
+        const VormBasicBlock head = block.split(firstCode);
+        addSingles(head.begin(), head.end());
+
+        // Only settled lines of no size but instructions may be reordered: anything else cuts the
+        // block and stays where it is.
+        for (LinePosition position = block.begin(); position != block.end();) {
+            VormLine* line = *position;
+            std::uint32_t minBytes = 0;
+            std::uint32_t maxBytes = 0;
+            line->getByteRange(minBytes, maxBytes);
+            if (line->getSchedule() && line->isDone() && (line->getType() == CODE_LINE || maxBytes == 0)) {
+                ++position;
+                continue;
+            }
+            const VormBasicBlock before = block.split(position);
+            if (!before.empty())
+                groupings.push_back(std::make_unique<InstructionGroupingScheduled>(before));
+            groupings.push_back(std::make_unique<InstructionGroupingSingle>(line));
+            ++position;
+            block.split(position);
+        }
+
+        if (!block.empty()) {
+            LinePosition afterLastCode = block.begin();
+            for (auto position = block.begin(); position != block.end(); ++position)
+                if ((*position)->getType() == CODE_LINE)
+                    afterLastCode = std::next(position);
+            groupings.push_back(std::make_unique<InstructionGroupingScheduled>(block.split(afterLastCode)));
+            addSingles(block.begin(), block.end());
+        }
+    }
 }
 
 void VormAssembler::chooseInstructionFormats(VormSection* section)

@@ -1,0 +1,71 @@
+#include "schedule/SchedulerState.h"
+
+#include "model/VormLine.h"
+#include "schedule/IBuffer.h"
+
+#include <cassert>
+#include <cstdio>
+
+namespace vorp {
+
+SchedulerState::SchedulerState(const NodeSet& waiting, std::uint32_t iBuffBytes, std::uint32_t address)
+    : m_waiting(waiting), m_iBuffBytes(iBuffBytes), m_address(address)
+{
+}
+
+bool SchedulerState::isScheduled(const DependencyGraphNode* node) const
+{
+    const std::uint32_t index = node->getIndex();
+    return index < m_isScheduled.size() && m_isScheduled[index];
+}
+
+bool SchedulerState::canAddToWaiting(const DependencyGraphNode* node) const
+{
+    for (const DependencyGraphNode* predecessor : node->getPredecessors())
+        if (!isScheduled(predecessor))
+            return false;
+    return true;
+}
+
+void SchedulerState::doInst(DependencyGraphNode* node)
+{
+    IBuffer buffer;
+    buffer.modelCycle(node->isLong() ? 4 : 2, node->isMemoryAccess(), node->isBranch(), m_iBuffBytes, m_address);
+    m_iBuffBytes = buffer.getIBuffBytes();
+    m_address = buffer.getAddress();
+    m_fnops += buffer.getFnops();
+    m_score += buffer.getScore();
+
+    m_scheduled.push_back(node);
+    if (node->getIndex() >= m_isScheduled.size())
+        m_isScheduled.resize(node->getIndex() + 1, false);
+    m_isScheduled[node->getIndex()] = true;
+    m_waiting.erase(node);
+    for (DependencyGraphNode* successor : node->getSuccessors())
+        if (canAddToWaiting(successor))
+            m_waiting.insert(successor);
+}
+
+void SchedulerState::undo(std::uint32_t iBuffBytes, std::uint32_t address, std::uint32_t fnops, std::int32_t score)
+{
+    assert(!m_scheduled.empty());
+    m_iBuffBytes = iBuffBytes;
+    m_address = address;
+    m_fnops = fnops;
+    m_score = score;
+    DependencyGraphNode* node = m_scheduled.back();
+    m_scheduled.pop_back();
+    m_isScheduled[node->getIndex()] = false;
+    m_waiting.insert(node);
+    for (DependencyGraphNode* successor : node->getSuccessors())
+        m_waiting.erase(successor);
+}
+
+void SchedulerState::dump() const
+{
+    for (const DependencyGraphNode* node : m_scheduled)
+        node->getLine()->dump();
+    fprintf(stderr, "Score: %d\n\n", static_cast<int>(m_score));
+}
+
+} // namespace vorp

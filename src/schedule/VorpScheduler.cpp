@@ -1,0 +1,126 @@
+#include "schedule/VorpScheduler.h"
+
+#include "schedule/DependencyGraph.h"
+#include "schedule/SchedulerState.h"
+
+#include <cassert>
+
+namespace vorp {
+
+bool VorpScheduler::StateLess::operator()(const SchedulerState* a, const SchedulerState* b) const
+{
+    return a->getScore() < b->getScore();
+}
+
+void VorpScheduler::schedule(unsigned iBufferHalfWords, const DependencyGraph& graph,
+                             std::vector<DependencyGraphNode*>& out)
+{
+    m_root = &graph;
+    m_best.clear();
+    m_bestFnops = 0xFFFFFFFF;
+    m_bestIBuffBytes = 0;
+    schedule(iBufferHalfWords);
+    out = m_best;
+}
+
+void VorpScheduler::schedule(unsigned iBufferHalfWords)
+{
+    assert(m_root);
+    assert(iBufferHalfWords < 4);
+    const std::uint32_t iBuffBytes = 2 * iBufferHalfWords;
+    StatePriorityQueue current;
+    StatePriorityQueue following;
+    current.push(new SchedulerState(m_root->getRoot()->getSuccessors(), iBuffBytes, iBuffBytes & 3));
+    unsigned depth = STAGE_DEPTH;
+    while (!current.empty()) {
+        while (!current.empty()) {
+            SchedulerState* top = current.top();
+            base(*top, depth, following);
+            current.pop();
+            delete top;
+        }
+        std::swap(current, following);
+        depth += STAGE_DEPTH;
+    }
+}
+
+void VorpScheduler::base(SchedulerState& state, unsigned depth, StatePriorityQueue& queue)
+{
+    if (m_bestFnops < state.getFnops())
+        return;
+    if (state.getWaiting().empty()) {
+        testSchedule(state);
+        return;
+    }
+    const std::vector<DependencyGraphNode*> ready(state.getWaiting().begin(), state.getWaiting().end());
+    for (DependencyGraphNode* node : ready) {
+        if (foundKnownOptimalSchedule())
+            break;
+        next(state, node, depth, queue);
+    }
+}
+
+void VorpScheduler::next(SchedulerState& state, DependencyGraphNode* inst, unsigned depth, StatePriorityQueue& queue)
+{
+    assert(inst);
+    const std::uint32_t iBuffBytes = state.getIBuffBytes();
+    const std::uint32_t address = state.getAddress();
+    const std::uint32_t fnops = state.getFnops();
+    const std::int32_t score = state.getScore();
+    state.doInst(inst);
+
+    if (m_bestFnops < state.getFnops()) {
+        state.undo(iBuffBytes, address, fnops, score);
+        return;
+    }
+    if (state.getWaiting().empty())
+        testSchedule(state);
+    if (state.getScheduled().size() == depth) {
+        enqueue(state, queue);
+    } else {
+        const std::vector<DependencyGraphNode*> ready(state.getWaiting().begin(), state.getWaiting().end());
+        for (DependencyGraphNode* node : ready) {
+            if (foundKnownOptimalSchedule())
+                break;
+            next(state, node, depth, queue);
+        }
+    }
+    state.undo(iBuffBytes, address, fnops, score);
+}
+
+void VorpScheduler::enqueue(const SchedulerState& state, StatePriorityQueue& queue)
+{
+    if (queue.size() < QUEUE_SIZE) {
+        queue.push(new SchedulerState(state));
+        return;
+    }
+    // The top is the best of the ten: a state gets in only if it beats them all, and it then
+    // takes the place of that best one. Odd, but the objects depend on it.
+    if (queue.top()->getScore() >= state.getScore())
+        return;
+    SchedulerState* top = queue.top();
+    queue.pop();
+    *top = state;
+    queue.push(top);
+}
+
+void VorpScheduler::testSchedule(const SchedulerState& state)
+{
+    const std::uint32_t fnops = state.getFnops();
+    const std::uint32_t bytes = state.getIBuffBytes();
+    if (m_bestFnops < fnops)
+        return;
+    if (m_bestFnops == fnops && m_bestIBuffBytes > bytes)
+        return;
+    // On a full tie the later schedule wins: keep it that way, the objects depend on it.
+    m_best = state.getScheduled();
+    m_bestFnops = fnops;
+    m_bestIBuffBytes = bytes;
+}
+
+bool VorpScheduler::foundKnownOptimalSchedule() const
+{
+    return m_bestFnops == 0 && m_bestIBuffBytes > 4;
+}
+
+} // namespace vorp
