@@ -2,6 +2,8 @@
 
 #include "encoding/Encoder.h"
 #include "encoding/EncoderFormat.h"
+#include "frontend/VorpTokeniser.h"
+#include "model/VormLabel.h"
 #include "model/VormSection.h"
 
 #include <algorithm>
@@ -36,13 +38,53 @@ bool VormCodeLine::isDone() const
 
 bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo, bool final)
 {
+    Distances distances;
+    if (!final && m_memo.valid && (!force || m_memo.forced) && m_formats.size() == m_memo.formats &&
+        memoDistances(distances) && distances == m_memo.distances) {
+        changed = false;
+        return true;
+    }
     std::uint32_t minBefore = 0, maxBefore = 0, minAfter = 0, maxAfter = 0;
     getByteRange(minBefore, maxBefore);
+    const std::size_t formatsBefore = m_formats.size();
     const bool result = chooseEncoderImpl(force, labels, failInfo, final);
     updateSizes();
     getByteRange(minAfter, maxAfter);
     changed = minBefore != minAfter || maxBefore != maxAfter;
+    m_memo.valid = false;
+    if (!final && result && m_formats.size() == formatsBefore && canMemoise() && memoDistances(distances))
+        m_memo = Memo{true, force, formatsBefore, distances};
     return result;
+}
+
+bool VormCodeLine::memoDistances(Distances& distances)
+{
+    if (m_operandNames < 0) {
+        m_operandNames = 0;
+        for (unsigned i = 1; i < numTokens(); ++i) {
+            const Token& token = getToken(i);
+            if (token.symbol == S_NAME && !VorpTokeniser::isRegister(token))
+                ++m_operandNames;
+        }
+    }
+    if (m_operandNames == 0) {
+        distances = Distances{};
+        return true;
+    }
+    if (m_operandNames > 1 || !m_cachedLabel)
+        return false;
+    const VormLine* line = m_cachedLabel->getLabelFollowAliases()->getTargetLine();
+    if (!line)
+        return false;
+    // Only a label in this section has a value here, and then only these differences count.
+    if (line->getSection() != getSection()) {
+        distances = Distances{};
+        return true;
+    }
+    const VormAddress& here = getAddress();
+    const VormAddress& there = line->getAddress();
+    distances = Distances{there.max - here.min, there.min - here.min, there.min - here.max};
+    return true;
 }
 
 bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final)

@@ -14,6 +14,8 @@ class EncoderFormat;
 
 // An instruction: its tokens, mnemonic first, and the formats still in play, in table order and so
 // in ascending size. Formats are only ever removed; the line is done when one size is left.
+class VormLabel;
+
 class VormCodeLine : public VormTokenLine {
 public:
     // Whether a jump-table entry needs its trampoline.
@@ -61,12 +63,27 @@ public:
     // Removes formats that can't encode the line at the present addresses; false when none is left.
     virtual bool chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final);
     void replaceToken(unsigned tokenNum, const Token& token);
+    // The label that an operand token named when it was last looked up, or null. Format choice asks
+    // for the same label in every pass, and the table lookup is its costliest part.
+    VormLabel* getCachedLabel(unsigned tokenNum, const char* name) const
+    {
+        return tokenNum == m_cachedLabelToken && name == m_cachedLabelName ? m_cachedLabel : nullptr;
+    }
+    void setCachedLabel(unsigned tokenNum, const char* name, VormLabel* label)
+    {
+        m_cachedLabelToken = tokenNum;
+        m_cachedLabelName = name;
+        m_cachedLabel = label;
+    }
     void getFailInfo(EncodingFailInfo& failInfo, bool outOfRange, const EncodingFailInfo::Ranges* ranges,
                      int value) const;
 
 protected:
     // The sizes of the first and last format left, kept with the list.
     void updateSizes();
+    // Whether a repeated look at the same addresses may be skipped; lines whose answer depends on
+    // other lines' state say no.
+    virtual bool canMemoise() const { return !m_isJumpTableEntry; }
 
     std::list<const EncoderFormat*> m_formats;
     std::uint32_t m_minBytes = 0;
@@ -77,6 +94,31 @@ protected:
     const EncoderFormat* m_jumpTableFormat = nullptr;
     std::vector<int> m_regUse;
     std::vector<int> m_regDef;
+    // What the last look at the formats saw when it removed none. The answer depends on the line's
+    // address only through the distances to the one label its operands name, so the same distances
+    // and formats give the same answer again: format choice passes such a line by, which keeps the
+    // many passes over a large section cheap.
+    struct Distances {
+        std::uint32_t highFromLow = 0;
+        std::uint32_t lowFromLow = 0;
+        std::uint32_t lowFromHigh = 0;
+        bool operator==(const Distances&) const = default;
+    };
+    struct Memo {
+        bool valid = false;
+        bool forced = false;
+        std::size_t formats = 0;
+        Distances distances;
+    };
+    // The distances from this line to the label its operands name (all 0 with none); false when
+    // they name more than one, or one whose address no line gives.
+    bool memoDistances(Distances& distances);
+
+    Memo m_memo;
+    int m_operandNames = -1;
+    unsigned m_cachedLabelToken = 0;
+    const char* m_cachedLabelName = nullptr;
+    VormLabel* m_cachedLabel = nullptr;
 };
 
 } // namespace vorp

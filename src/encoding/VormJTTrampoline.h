@@ -27,6 +27,10 @@ public:
     // A stalemate broken by force keeps the trampoline.
     bool chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final) override;
 
+protected:
+    // The answer follows the entries' state.
+    bool canMemoise() const override { return false; }
+
 private:
     TrampolineUse m_use = TRAMPOLINE_UNUSED;
     std::vector<VormCodeLine*> m_entries;

@@ -58,7 +58,13 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
     }
 
     // Marked a branch target whatever the instruction: its line then starts a new block.
-    VormLabel* label = m_labels->getOrAddRequiredLabel(name.text, true);
+    VormLabel* label = line->getCachedLabel(tokenNum, name.text);
+    if (!label) {
+        label = m_labels->getOrAddRequiredLabel(name.text, true);
+        // Once the label has its line, asking again changes nothing: keep the answer.
+        if (label->getTargetLine())
+            line->setCachedLabel(tokenNum, name.text, label);
+    }
     VormLabel* target = label->getLabelFollowAliases();
     const VormAddress& here = line->getAddress();
     auto relocate = [&] {

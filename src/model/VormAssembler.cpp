@@ -672,25 +672,55 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
     unsigned pass = 0;
     bool force = false;
     bool finished = false;
+    // After the first pass every grouping holds the address that the sizes before it give. Sizes
+    // change only in chooseEncoder, so until a pass changes something no address can move: the
+    // groupings in front of its first change need no new address, and only the undone ones among
+    // them need a look. The indexes of the undone groupings are kept in order for that.
+    bool addressesCurrent = false;
+    std::vector<std::size_t> undone;
+    for (std::size_t i = 0; i < groupings.size(); ++i)
+        undone.push_back(i);
     while (!finished) {
         VormAddress address{0, 0};
         bool anyChanged = false;
         bool allDone = true;
-        for (const auto& grouping : groupings) {
-            grouping->setAddress(address);
-            if (!grouping->isDone()) {
+        std::size_t next = 0; // the grouping the full walk goes on with
+        if (addressesCurrent) {
+            next = groupings.size();
+            for (std::size_t i : undone) {
+                InstructionGrouping& grouping = *groupings[i];
                 EncodingFailInfo failInfo;
                 bool changed = false;
-                if (!grouping->chooseEncoder(force, m_labels, changed, failInfo))
+                if (!grouping.chooseEncoder(force, m_labels, changed, failInfo))
+                    noMatchingFormatError(failInfo);
+                allDone = allDone && grouping.isDone();
+                if (changed) {
+                    anyChanged = true;
+                    force = false;
+                    address = grouping.getNextAddress();
+                    next = i + 1;
+                    break;
+                }
+            }
+        }
+        for (std::size_t i = next; i < groupings.size(); ++i) {
+            InstructionGrouping& grouping = *groupings[i];
+            grouping.setAddress(address);
+            if (!grouping.isDone()) {
+                EncodingFailInfo failInfo;
+                bool changed = false;
+                if (!grouping.chooseEncoder(force, m_labels, changed, failInfo))
                     noMatchingFormatError(failInfo);
                 if (changed) {
                     anyChanged = true;
                     force = false;
                 }
-                allDone = allDone && grouping->isDone();
+                allDone = allDone && grouping.isDone();
             }
-            address = grouping->getNextAddress();
+            address = grouping.getNextAddress();
         }
+        addressesCurrent = true;
+        std::erase_if(undone, [&groupings](std::size_t i) { return groupings[i]->isDone(); });
         // A pass that changes nothing is repeated once with force, which breaks stalemates.
         finished = allDone;
         if (!allDone && !anyChanged) {

@@ -15,7 +15,7 @@ VormLabels::~VormLabels() = default;
 VormLabel* VormLabels::findLabel(const char* name) const
 {
     assert(name && "label");
-    const auto found = m_nameLabelMap.find(name);
+    const auto found = m_nameLabelMap.find(std::string_view(name));
     return found == m_nameLabelMap.end() ? nullptr : found->second;
 }
 
@@ -28,7 +28,7 @@ VormLabel* VormLabels::append(std::unique_ptr<VormLabel> label)
 void VormLabels::insertName(VormLabel* label)
 {
     assert(m_nameLabelMap.find(label->m_name) == m_nameLabelMap.end());
-    m_nameLabelMap.emplace(label->m_name, label);
+    m_nameLabelMap.emplace(std::string_view(label->m_name), label);
 }
 
 VormLabel* VormLabels::getOrAddLabel(const char* name, bool required, bool branchTarget)

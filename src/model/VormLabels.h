@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vorp {
@@ -71,7 +73,8 @@ private:
     void reportDuplicate(const Location& location, const VormLabel* label);
 
     std::vector<std::unique_ptr<VormLabel>> m_allLabels;
-    std::map<std::string, VormLabel*> m_nameLabelMap;
+    // Keys view the labels' own names, which never change once a label is in the table.
+    std::unordered_map<std::string_view, VormLabel*> m_nameLabelMap;
     VorpErrorHandler* m_errorHandler;
     bool m_labelsFinalised = false;
     int m_labelCounter = 0;
