@@ -735,6 +735,9 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
             m_utils->errorHandler->fatalError(true, "vorp: Error: unable to resolve encoder choice after %d loops\n",
                                               static_cast<int>(m_maxEncodingPasses));
     }
+    // For the benchmark: how many passes each section needed.
+    if (std::getenv("VORP_STATS"))
+        std::fprintf(stderr, "vorp: stats: section %s: %u format passes\n", section->getName().c_str(), pass);
     if (hasScheduling) {
         for (const auto& grouping : groupings)
             grouping->commit();

@@ -3,6 +3,7 @@
 #include "model/VormLine.h"
 
 #include <cassert>
+#include <vector>
 
 namespace vorp {
 
@@ -42,30 +43,54 @@ VormSection* VormLabel::getSection() const
     return m_targetLine ? m_targetLine->getSection() : nullptr;
 }
 
+std::uint64_t VormLabel::s_aliasGeneration = 1;
+
 VormLabel* VormLabel::getLabelFollowAliases()
 {
     if (m_symbolType != SYMBOL_ALIAS)
         return this;
+    if (m_aliasGeneration == s_aliasGeneration)
+        return m_aliasTarget;
+    // Every label on the way resolves to the same end, so all of them keep it: long chains are
+    // then walked once, not once per label.
+    std::vector<VormLabel*> path{this};
     VormLabel* current = this;
     VormLabel* slow = this;
+    VormLabel* result = nullptr;
     for (unsigned steps = 1;; ++steps) {
         VormLabel* next = current->m_alias;
         assert(next);
-        if (next->m_visibility == VISIBILITY_WEAK)
-            return current;
-        if (next->m_symbolType != SYMBOL_ALIAS)
-            return next;
+        if (next->m_visibility == VISIBILITY_WEAK) {
+            result = current;
+            break;
+        }
+        if (next->m_symbolType != SYMBOL_ALIAS) {
+            result = next;
+            break;
+        }
+        if (next->m_aliasGeneration == s_aliasGeneration) {
+            result = next->m_aliasTarget;
+            break;
+        }
         current = next;
+        path.push_back(current);
         if (steps % 2 == 0)
             slow = slow->m_alias;
+        // A cycle: the label stands for itself, and nothing is kept.
         if (current == slow)
             return this;
     }
+    for (VormLabel* label : path) {
+        label->m_aliasTarget = result;
+        label->m_aliasGeneration = s_aliasGeneration;
+    }
+    return result;
 }
 
 void VormLabel::define(VormLabel* alias, VormLine* targetLine, std::uint32_t value, SymbolType type)
 {
     m_alias = alias;
+    aliasesChanged();
     m_targetLine = targetLine;
     m_value = value;
     m_symbolType = type;

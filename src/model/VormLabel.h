@@ -52,7 +52,13 @@ public:
     std::uint32_t getValue() const { return m_value; }
     bool isValueFinalised() const { return m_valueFinalised; }
     Visibility getVisibility() const { return m_visibility; }
-    void setVisibility(Visibility visibility) { m_visibility = visibility; }
+    void setVisibility(Visibility visibility)
+    {
+        m_visibility = visibility;
+        aliasesChanged();
+    }
+    // Every change to what an alias chain resolves to must call this: resolved chains are kept.
+    static void aliasesChanged() { ++s_aliasGeneration; }
     bool isBranchTarget() const { return m_branchTarget; }
     std::uint32_t getSymbolNumber() const { return m_symbolNumber; }
     void setSymbolNumber(std::uint32_t number) { m_symbolNumber = number; }
@@ -89,6 +95,10 @@ private:
     std::string m_typeString;
     bool m_branchTarget = false;
     VormCCDirectiveLine* m_ccBottom = nullptr;
+    // The end of the alias chain, valid while m_aliasGeneration equals the global generation.
+    VormLabel* m_aliasTarget = nullptr;
+    std::uint64_t m_aliasGeneration = 0;
+    static std::uint64_t s_aliasGeneration;
 };
 
 } // namespace vorp

@@ -89,6 +89,7 @@ VormLabel* VormLabels::addWeakLabel(const char* name)
 {
     VormLabel* label = getOrTentativelyAddLabel(name, false);
     label->m_visibility = VISIBILITY_WEAK;
+    VormLabel::aliasesChanged();
     return label;
 }
 
