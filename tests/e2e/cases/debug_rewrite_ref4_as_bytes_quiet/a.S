@@ -1,0 +1,46 @@
+# A ref4 written as four .byte lines can't become a label difference: the references stay Without --warn-rewrite-debug nothing is said.
+# numeric, the length and the blocks are rewritten all the same.
+	.text
+	.cc_top f.function, f
+f:
+	retsp 0
+	.cc_bottom f.function
+	.section .dp.data, "awd", @progbits
+	.cc_top v.data, v
+v:
+	.long 0
+	.cc_bottom v.data
+	.section .debug_abbrev, "", @progbits
+.Labbrev:
+	.uleb128 1, 0x11
+	.byte 1
+	.uleb128 0x03, 0x08, 0, 0
+	.uleb128 2, 0x2e
+	.byte 0
+	.uleb128 0x03, 0x08, 0x11, 0x01, 0, 0
+	.uleb128 3, 0x34
+	.byte 0
+	.uleb128 0x03, 0x08, 0x02, 0x0a, 0, 0
+	.uleb128 4, 0x16
+	.byte 0
+	.uleb128 0x03, 0x08, 0x49, 0x13, 0, 0
+	.uleb128 5, 0x16
+	.byte 0
+	.uleb128 0x03, 0x08, 0x49, 0x15, 0, 0
+	.section .debug_info, "", @progbits
+	.long 0x1b
+	.short 3
+	.long .Labbrev
+	.byte 4
+	.uleb128 1
+	.asciiz "a.c"
+	.uleb128 2
+	.asciiz "f"
+	.long f
+	.uleb128 4
+	.asciiz "t"
+	.byte 0x0b
+	.byte 0
+	.byte 0
+	.byte 0
+	.byte 0
