@@ -3,14 +3,29 @@
 #include "model/VormLine.h"
 #include "schedule/IBuffer.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdio>
 
 namespace vorp {
 
 SchedulerState::SchedulerState(const NodeSet& waiting, std::uint32_t iBuffBytes, std::uint32_t address)
-    : m_waiting(waiting), m_iBuffBytes(iBuffBytes), m_address(address)
+    : m_waiting(waiting.begin(), waiting.end()), m_iBuffBytes(iBuffBytes), m_address(address)
 {
+}
+
+void SchedulerState::addWaiting(DependencyGraphNode* node)
+{
+    const auto at = std::lower_bound(m_waiting.begin(), m_waiting.end(), node, DependencyGraphNode::CreationOrder());
+    if (at == m_waiting.end() || *at != node)
+        m_waiting.insert(at, node);
+}
+
+void SchedulerState::removeWaiting(DependencyGraphNode* node)
+{
+    const auto at = std::lower_bound(m_waiting.begin(), m_waiting.end(), node, DependencyGraphNode::CreationOrder());
+    if (at != m_waiting.end() && *at == node)
+        m_waiting.erase(at);
 }
 
 bool SchedulerState::isScheduled(const DependencyGraphNode* node) const
@@ -40,10 +55,10 @@ void SchedulerState::doInst(DependencyGraphNode* node)
     if (node->getIndex() >= m_isScheduled.size())
         m_isScheduled.resize(node->getIndex() + 1, false);
     m_isScheduled[node->getIndex()] = true;
-    m_waiting.erase(node);
+    removeWaiting(node);
     for (DependencyGraphNode* successor : node->getSuccessors())
         if (canAddToWaiting(successor))
-            m_waiting.insert(successor);
+            addWaiting(successor);
 }
 
 void SchedulerState::undo(std::uint32_t iBuffBytes, std::uint32_t address, std::uint32_t fnops, std::int32_t score)
@@ -56,9 +71,9 @@ void SchedulerState::undo(std::uint32_t iBuffBytes, std::uint32_t address, std::
     DependencyGraphNode* node = m_scheduled.back();
     m_scheduled.pop_back();
     m_isScheduled[node->getIndex()] = false;
-    m_waiting.insert(node);
+    addWaiting(node);
     for (DependencyGraphNode* successor : node->getSuccessors())
-        m_waiting.erase(successor);
+        removeWaiting(successor);
 }
 
 void SchedulerState::dump() const

@@ -13,6 +13,9 @@ namespace vorp {
 class SchedulerState {
 public:
     using NodeSet = DependencyGraphNode::NodeSet;
+    // The ready nodes in creation order: a sorted vector, as the search changes it at every step
+    // and it rarely holds more than a few nodes.
+    using Ready = std::vector<DependencyGraphNode*>;
 
     SchedulerState(const NodeSet& waiting, std::uint32_t iBuffBytes, std::uint32_t address);
 
@@ -27,15 +30,18 @@ public:
     void dump() const;
 
     const std::vector<DependencyGraphNode*>& getScheduled() const { return m_scheduled; }
-    const NodeSet& getWaiting() const { return m_waiting; }
+    const Ready& getWaiting() const { return m_waiting; }
     std::uint32_t getIBuffBytes() const { return m_iBuffBytes; }
     std::uint32_t getAddress() const { return m_address; }
     std::uint32_t getFnops() const { return m_fnops; }
     std::int32_t getScore() const { return m_score; }
 
 private:
+    void addWaiting(DependencyGraphNode* node);
+    void removeWaiting(DependencyGraphNode* node);
+
     std::vector<DependencyGraphNode*> m_scheduled;
-    NodeSet m_waiting;
+    Ready m_waiting;
     std::uint32_t m_iBuffBytes;
     std::uint32_t m_address;
     std::uint32_t m_fnops = 0;

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <vector>
 
 namespace vorp {
@@ -19,7 +21,9 @@ SchedulerState replay(const DependencyGraph& graph, const Schedule& order, unsig
 {
     SchedulerState state(graph.getRoot()->getSuccessors(), 2 * halfWords, (2 * halfWords) & 3);
     for (DependencyGraphNode* node : order) {
-        EXPECT_TRUE(state.getWaiting().count(node)) << "node " << node->getIndex() << " issued before it was ready";
+        const SchedulerState::Ready& ready = state.getWaiting();
+        EXPECT_TRUE(std::find(ready.begin(), ready.end(), node) != ready.end())
+            << "node " << node->getIndex() << " issued before it was ready";
         state.doInst(node);
     }
     EXPECT_TRUE(state.getWaiting().empty());
@@ -51,17 +55,17 @@ TEST(SchedulerStateTest, DoInstAndUndoRestoreEachOther)
 
     SchedulerState state(graph.getRoot()->getSuccessors(), 4, 0);
     state.doInst(a);
-    EXPECT_EQ(state.getWaiting(), (SchedulerState::NodeSet{b}));
+    EXPECT_EQ(state.getWaiting(), (SchedulerState::Ready{b}));
     EXPECT_EQ(state.getIBuffBytes(), 2u);
     EXPECT_EQ(state.getAddress(), 2u);
     state.doInst(b);
     // c becomes ready only once both its predecessors have issued.
-    EXPECT_EQ(state.getWaiting(), (SchedulerState::NodeSet{c}));
+    EXPECT_EQ(state.getWaiting(), (SchedulerState::Ready{c}));
     EXPECT_TRUE(state.isScheduled(b));
     EXPECT_EQ(state.getIBuffBytes(), 4u);
 
     state.undo(2, 2, 0, 0);
-    EXPECT_EQ(state.getWaiting(), (SchedulerState::NodeSet{b}));
+    EXPECT_EQ(state.getWaiting(), (SchedulerState::Ready{b}));
     EXPECT_FALSE(state.isScheduled(b));
     EXPECT_FALSE(state.canAddToWaiting(c));
     EXPECT_EQ(state.getScheduled(), (Schedule{a}));
