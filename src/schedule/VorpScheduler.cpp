@@ -19,6 +19,7 @@ void VorpScheduler::schedule(unsigned iBufferHalfWords, const DependencyGraph& g
     m_best.clear();
     m_bestFnops = 0xFFFFFFFF;
     m_bestIBuffBytes = 0;
+    m_steps = 0;
     schedule(iBufferHalfWords);
     out = m_best;
 }
@@ -53,10 +54,10 @@ void VorpScheduler::base(SchedulerState& state, unsigned depth, StatePriorityQue
         return;
     }
     const std::vector<DependencyGraphNode*> ready(state.getWaiting().begin(), state.getWaiting().end());
-    for (DependencyGraphNode* node : ready) {
-        if (foundKnownOptimalSchedule())
+    for (std::size_t i = 0; i < ready.size(); ++i) {
+        if (foundKnownOptimalSchedule() || (i > 0 && stopBranching()))
             break;
-        next(state, node, depth, queue);
+        next(state, ready[i], depth, queue);
     }
 }
 
@@ -68,6 +69,7 @@ void VorpScheduler::next(SchedulerState& state, DependencyGraphNode* inst, unsig
     const std::uint32_t fnops = state.getFnops();
     const std::int32_t score = state.getScore();
     state.doInst(inst);
+    ++m_steps;
 
     if (m_bestFnops < state.getFnops()) {
         state.undo(iBuffBytes, address, fnops, score);
@@ -79,10 +81,10 @@ void VorpScheduler::next(SchedulerState& state, DependencyGraphNode* inst, unsig
         enqueue(state, queue);
     } else {
         const std::vector<DependencyGraphNode*> ready(state.getWaiting().begin(), state.getWaiting().end());
-        for (DependencyGraphNode* node : ready) {
-            if (foundKnownOptimalSchedule())
+        for (std::size_t i = 0; i < ready.size(); ++i) {
+            if (foundKnownOptimalSchedule() || (i > 0 && stopBranching()))
                 break;
-            next(state, node, depth, queue);
+            next(state, ready[i], depth, queue);
         }
     }
     state.undo(iBuffBytes, address, fnops, score);
@@ -116,6 +118,12 @@ void VorpScheduler::testSchedule(const SchedulerState& state)
     m_best = state.getScheduled();
     m_bestFnops = fnops;
     m_bestIBuffBytes = bytes;
+}
+
+bool VorpScheduler::stopBranching() const
+{
+    // Once the budget is spent, the orders already begun are completed without branching.
+    return m_steps > SEARCH_BUDGET;
 }
 
 bool VorpScheduler::foundKnownOptimalSchedule() const

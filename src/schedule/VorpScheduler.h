@@ -18,6 +18,11 @@ class VorpScheduler {
 public:
     static constexpr unsigned STAGE_DEPTH = 6;
     static constexpr std::size_t QUEUE_SIZE = 10;
+    // Steps of the depth-first search allowed for one block. A stage tries every order of 6 of the
+    // ready instructions, which for a block of dozens of independent instructions is hundreds of
+    // millions of orders; past this budget the search only completes the orders it is on, taking
+    // the ready instructions in source order, and keeps the best complete one.
+    static constexpr std::uint64_t SEARCH_BUDGET = 2000000;
 
     // The best order for a block that starts with `iBufferHalfWords` halfwords in the buffer
     // (below 4); the fetch position starts word-aligned.
@@ -40,12 +45,15 @@ private:
     void testSchedule(const SchedulerState& state);
     // No stall and a buffer that starts the next block well: nothing can beat it.
     bool foundKnownOptimalSchedule() const;
+    // Whether the search should try no other ready instruction at this point.
+    bool stopBranching() const;
     void enqueue(const SchedulerState& state, StatePriorityQueue& queue);
 
     const DependencyGraph* m_root = nullptr;
     std::vector<DependencyGraphNode*> m_best;
     std::uint32_t m_bestFnops = 0xFFFFFFFF;
     std::uint32_t m_bestIBuffBytes = 0;
+    std::uint64_t m_steps = 0;
 };
 
 } // namespace vorp
