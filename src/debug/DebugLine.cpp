@@ -15,12 +15,20 @@ void DebugLine::addFile(unsigned index, const std::string& name, const Location&
         m_errorHandler->vorpError(location, AssErrorCodes::FILENAME_INDEX, "Invalid filename index.");
         return;
     }
-    if (m_files.size() < index)
-        m_files.resize(index);
-    std::string& slot = m_files[index - 1];
+    std::string& slot = m_files[index];
     if (!slot.empty() && slot != name)
         m_errorHandler->vorpError(location, AssErrorCodes::SOURCE_FILENAME, "Filename index is not unique.");
     slot = name;
+}
+
+std::vector<std::string> DebugLine::getFiles() const
+{
+    std::vector<std::string> files;
+    for (const auto& [index, file] : m_files) {
+        files.resize(index - 1);
+        files.push_back(file);
+    }
+    return files;
 }
 
 void DebugLine::addEntry(const char* label, unsigned file, unsigned line, unsigned column, bool isStmt,
@@ -45,15 +53,17 @@ void DebugLine::endSequence(const char* label)
 
 void DebugLine::validate()
 {
-    for (const std::string& file : m_files) {
-        if (file.empty()) {
-            m_errorHandler->vorpError(NoLocation(), AssErrorCodes::LOC_DIRECTIVE,
-                                      "File indicies for .file directive are not contiguous.");
-            return;
-        }
+    const unsigned numFiles = m_files.empty() ? 0 : m_files.rbegin()->first;
+    bool contiguous = m_files.size() == numFiles;
+    for (const auto& file : m_files)
+        contiguous = contiguous && !file.second.empty();
+    if (!contiguous) {
+        m_errorHandler->vorpError(NoLocation(), AssErrorCodes::LOC_DIRECTIVE,
+                                  "File indicies for .file directive are not contiguous.");
+        return;
     }
     for (const DebugLineRow& row : m_rows) {
-        if (row.file > m_files.size())
+        if (row.file > numFiles)
             m_errorHandler->vorpError(NoLocation(), AssErrorCodes::LOC_DIRECTIVE, "Invalid file index in .loc directive.");
     }
     if (!m_rows.empty() && !m_rows.back().endSequence)
@@ -106,7 +116,7 @@ void DebugLine::writeHeader(DataWriter& writer) const
     for (unsigned char length : {0, 1, 1, 1, 1, 0, 0, 0, 1, 0, 0, 1})
         writer.emitU8(length);
     writer.emitU8(0); // no include directories
-    for (const std::string& file : m_files) {
+    for (const auto& [index, file] : m_files) {
         writer.emitString(file);
         writer.emitUleb128(0); // directory
         writer.emitUleb128(0); // time

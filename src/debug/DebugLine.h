@@ -2,6 +2,7 @@
 
 #include "diag/Location.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -49,11 +50,14 @@ public:
     void writeLineNumberEntry(DataWriter& writer, DebugLineRow& state, const DebugLineRow& row) const;
     static void resetState(DebugLineRow& state);
 
-    const std::vector<std::string>& getFiles() const { return m_files; }
+    // The file table by index from 1, a gap as an empty name.
+    std::vector<std::string> getFiles() const;
     const std::vector<DebugLineRow>& getRows() const { return m_rows; }
 
 private:
-    std::vector<std::string> m_files;
+    // By index. Sparse: a `.file` may name any index, and a table with a gap is refused only
+    // at the end, when all `.file` lines are in.
+    std::map<unsigned, std::string> m_files;
     std::vector<DebugLineRow> m_rows;
     VorpErrorHandler* m_errorHandler;
 };

@@ -6,6 +6,7 @@
 #include "driver/SignalHandling.h"
 #include "frontend/AsmWriter.h"
 #include "model/VormAssembler.h"
+#include "model/VormLine.h"
 
 #include <cstdio>
 #include <memory>
@@ -48,6 +49,7 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler)
                             options.warnRewriteDebug,
                             options.binaryRequested ? options.binaryName.c_str() : nullptr,
                             options.maxEncodingPasses);
+    setAddressRangeOutputFile(options.outputName.c_str());
     vorpparse(assembler, inputs, options.schedule);
     return assembler.postParse(inputs.front()) != 0 ? 1 : 0;
 }
@@ -84,6 +86,10 @@ void* runOnBigStack(void* data)
 
 int vorpMain(int argc, char** argv)
 {
+    // A diagnostic is written in pieces (location, number, text); unbuffered, each piece would be
+    // a system call of its own, and an input that draws a warning from every byte of a long
+    // string would spend seconds on them. Every message ends its line, which flushes it.
+    std::setvbuf(stderr, nullptr, _IOLBF, BUFSIZ);
     // Expression trees of generated code can be very deep (a sum of a million terms), and their
     // walks recurse: the run gets a stack to match. The memory is only taken as it is used.
     constexpr std::size_t STACK_SIZE = std::size_t{1} << 32;

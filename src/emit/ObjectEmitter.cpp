@@ -13,6 +13,7 @@
 #include "model/VormLabel.h"
 #include "model/VormLine.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstring>
 #include <map>
@@ -77,8 +78,24 @@ void ObjectEmitter::dumpBinary(const char* sourceName)
     }
     for (std::size_t i = 0; i < sections.size(); ++i) {
         VormSection* section = sections[i].get();
-        buffers[i] = new unsigned char[section->getSize() ? section->getSize() : 1]();
         std::uint32_t alignment = 1;
+        if (section->getType() == VormSection::NOBITS) {
+            // The object holds no bytes of this section, which may be as large as the address
+            // space: each line is encoded on its own, for its relocations, and space and padding,
+            // which have none, not at all.
+            std::vector<unsigned char> scratch;
+            for (VormLine* line : section->getLines()) {
+                if (line->getType() == ALIGN_LINE)
+                    alignment = std::max(alignment, static_cast<VormAlignDirectiveLine*>(line)->getAlignment());
+                if (line->getType() == ALIGN_LINE || line->getType() == SKIP_LINE)
+                    continue;
+                scratch.assign(std::max<std::uint32_t>(line->getNumBytes(), 1), 0);
+                line->encode(scratch.data(), section->getRelocations(), m_assembler, m_assembler.getErrorHandler());
+            }
+            alignments[i] = alignment;
+            continue;
+        }
+        buffers[i] = new unsigned char[section->getSize() ? section->getSize() : 1]();
         unsigned char* out = buffers[i];
         for (VormLine* line : section->getLines()) {
             line->encode(out, section->getRelocations(), m_assembler, m_assembler.getErrorHandler());

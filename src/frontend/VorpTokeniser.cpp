@@ -193,7 +193,7 @@ bool VorpTokeniser::lexInit(const std::vector<const char*>& files, VorpErrorHand
 
 void VorpTokeniser::addInput(const char* recordName, const char* givenName, std::string_view text)
 {
-    IncEvent event{IdStrings::idString(recordName), m_inbuf.size(), 0, m_lineNum - 1};
+    IncEvent event{IdStrings::idString(recordName), m_inbuf.size(), 0, static_cast<std::uint32_t>(m_lineNum - 1)};
     m_lineNum += static_cast<int>(std::count(text.begin(), text.end(), '\n'));
 
     // Only blanks and tabs after the last line feed count as a finished last line.
@@ -252,9 +252,9 @@ std::size_t VorpTokeniser::findIncEvent(std::size_t position) const
 LineLocation VorpTokeniser::currentLocation() const
 {
     if (m_incEvents.empty())
-        return LineLocation(emptyText(), static_cast<unsigned>(m_lnum));
+        return LineLocation(emptyText(), m_lnum);
     const IncEvent& event = m_incEvents[findIncEvent(m_inbufPos)];
-    return LineLocation(event.file, static_cast<unsigned>(m_lnum - event.lineBase));
+    return LineLocation(event.file, m_lnum - event.lineBase);
 }
 
 void VorpTokeniser::locateToken(Token& token, int symbol) const
@@ -418,7 +418,7 @@ void VorpTokeniser::scanLineMarker()
 
     // The marker changes the record of the whole input file: later tokens carry the new name.
     IncEvent& event = m_incEvents[findIncEvent(m_inbufPos)];
-    m_lnum = static_cast<int>(number) - 1;
+    m_lnum = number - 1u;
     event.lineBase = 0;
 
     if (m_ch != '\n' && m_ch != -1)

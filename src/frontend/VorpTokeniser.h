@@ -4,6 +4,7 @@
 #include "frontend/Token.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,7 +49,7 @@ private:
         const char* file;
         std::size_t start;
         std::size_t end;
-        int lineBase;
+        std::uint32_t lineBase;
     };
 
     void nextChar();
@@ -79,7 +80,9 @@ private:
     std::string m_inbuf;
     std::size_t m_inbufPos = 0;
     int m_ch = -1;
-    int m_lnum = 1;
+    // Line numbers are what the input's line markers say, any 32-bit value; counting on from the
+    // largest wraps around rather than overflowing.
+    std::uint32_t m_lnum = 1;
     std::vector<IncEvent> m_incEvents;
     VorpErrorHandler* m_errorHandler = nullptr;
     std::string m_scanBuf;

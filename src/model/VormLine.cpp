@@ -1,6 +1,11 @@
 #include "model/VormLine.h"
 
+#include "diag/ErrorHandler.h"
+
+#include <algorithm>
 #include <cassert>
+#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <sstream>
 
@@ -25,8 +30,14 @@ VormAddress VormLine::getNextAddress() const
     std::uint32_t minBytes = 0;
     std::uint32_t maxBytes = 0;
     getByteRange(minBytes, maxBytes);
-    std::uint32_t low = m_address.min + minBytes;
-    std::uint32_t high = m_address.max + maxBytes;
+    // Far beyond the address space an end is only ever compared, never used: it saturates
+    // instead of wrapping back into the range.
+    auto end = [](std::uint32_t address, std::uint32_t bytes) {
+        const std::uint64_t sum = std::uint64_t{address} + bytes;
+        return sum > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(sum);
+    };
+    std::uint32_t low = end(m_address.min, minBytes);
+    std::uint32_t high = end(m_address.max, maxBytes);
     if (low > high)
         std::swap(low, high);
     return VormAddress{low, high};
@@ -34,9 +45,39 @@ VormAddress VormLine::getNextAddress() const
 
 void VormLine::setAddress(const VormAddress& address)
 {
-    assert(address.min >= m_address.min && address.max <= m_address.max &&
+    // The input decides the sizes (.skip, .align, data): a line may be pushed out of the address
+    // space, and that ends the run. A bound beyond it is only pessimistic and is cut back to it:
+    // the exact address is checked in the end.
+    if (address.min > MAX_ADDRESS) {
+        const LineLocation location = getLocation();
+        addressRangeExceeded(location.getFile(), location.getLine());
+    }
+    const VormAddress bounded{address.min, std::min(address.max, MAX_ADDRESS)};
+    assert(bounded.min >= m_address.min && bounded.max <= m_address.max &&
            "New address not refinement of previous address");
-    m_address = address;
+    m_address = bounded;
+}
+
+namespace {
+
+const char* p_outputFile = nullptr;
+
+} // namespace
+
+void setAddressRangeOutputFile(const char* outputFile)
+{
+    p_outputFile = outputFile;
+}
+
+void addressRangeExceeded(const char* file, unsigned line)
+{
+    // The object of an earlier run must not pass for the result of this one.
+    if (p_outputFile)
+        std::remove(p_outputFile);
+    ErrorHandler handler;
+    handler.fatalError(true, "vorp: Error: %s:%u: the code and data of a section go beyond the 30-bit address range\n",
+                       file ? file : "<unknown>", line);
+    std::exit(1);
 }
 
 std::uint32_t VormLine::getNumBytes() const

@@ -15,6 +15,15 @@ VormSection::VormSection(std::string name, std::uint32_t flags, std::uint32_t ty
 {
 }
 
+void VormSection::setSize(std::uint32_t size)
+{
+    if (size > MAX_ADDRESS) {
+        const LineLocation location = m_lines.empty() ? LineLocation(nullptr, 0) : m_lines.back()->getLocation();
+        addressRangeExceeded(location.getFile(), location.getLine());
+    }
+    m_size = size;
+}
+
 VormSection::~VormSection()
 {
     for (VormLine* line : m_lines)

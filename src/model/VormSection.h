@@ -37,7 +37,8 @@ public:
     const std::string& getGroup() const { return m_group; }
     bool isComdat() const { return m_comdat; }
     std::uint32_t getSize() const { return m_size; }
-    void setSize(std::uint32_t size) { m_size = size; }
+    // The end address of the last line. Sizes are addresses too: a section is at most MAX_ADDRESS long.
+    void setSize(std::uint32_t size);
 
     VormCCDirectiveLine* getOpenCCTop() const { return m_openCCTop; }
     void setOpenCCTop(VormCCDirectiveLine* top) { m_openCCTop = top; }

@@ -1,0 +1,4 @@
+	.text
+start:
+	nop
+	.skip 0x40000000

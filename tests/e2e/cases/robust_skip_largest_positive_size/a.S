@@ -1,0 +1,2 @@
+	.text
+	.skip 0x7fffffff, 1
