@@ -65,6 +65,9 @@ bool VormCodeLine::memoDistances(Distances& distances)
             const Token& token = getToken(i);
             if (token.symbol == S_NAME && !VorpTokeniser::isRegister(token))
                 ++m_operandNames;
+            // With an addend the target range can wrap around, which distances don't show.
+            if (token.symbol == S_PLUS || token.symbol == S_MINUS)
+                m_operandNames = 2;
         }
     }
     if (m_operandNames == 0) {
