@@ -22,7 +22,7 @@ public:
     // ready instructions, which for a block of dozens of independent instructions is hundreds of
     // millions of orders; past this budget the search only completes the orders it is on, taking
     // the ready instructions in source order, and keeps the best complete one.
-    static constexpr std::uint64_t SEARCH_BUDGET = 2000000;
+    static constexpr std::uint64_t SEARCH_BUDGET = 500000;
 
     // The best order for a block that starts with `iBufferHalfWords` halfwords in the buffer
     // (below 4); the fetch position starts word-aligned.
