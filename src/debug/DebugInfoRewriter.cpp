@@ -2,7 +2,6 @@
 
 #include "debug/DebugInfoWalker.h"
 #include "debug/DwarfAbbrevTable.h"
-#include "diag/IdStrings.h"
 #include "diag/VorpErrorHandler.h"
 #include "frontend/Operand.h"
 #include "metadata/EliminationBlocks.h"
@@ -18,7 +17,7 @@ namespace {
 
 bool hasCCTop(const VormSection* section)
 {
-    const LineList& lines = const_cast<VormSection*>(section)->getLines();
+    const LineList& lines = section->getLines();
     return std::any_of(lines.begin(), lines.end(), [](const VormLine* line) { return line->getType() == CC_TOP_LINE; });
 }
 
@@ -40,13 +39,6 @@ void readAbbrevs(VormAssembler& assembler, VormSection* section, DwarfAbbrevTabl
         reader.readULEB128(); // the form that closes the list
         code = reader.readULEB128();
     }
-}
-
-Operand* labelLeaf(const VormLabel* label, const char* file)
-{
-    auto* leaf = new Operand(Operand::SYMBOL);
-    leaf->addToken(newToken(S_NAME, label->getName(), 0, file));
-    return leaf;
 }
 
 } // namespace
@@ -127,10 +119,9 @@ bool DebugInfoRewriter::rewriteAsLabelDiff(VormSection* section, VormDataLine* d
     VormLabel* toLabel = m_assembler.addUniqueLabel(section, to, location, false)->getLabel();
     labels.ensureLabelName(fromLabel);
     labels.ensureLabelName(toLabel);
-    const char* unknown = IdStrings::idString("<unknown>");
-    auto* tree = new Operand(Operand::SUBTRACT, labelLeaf(toLabel, unknown), labelLeaf(fromLabel, unknown));
-    tree->addToken(newToken(S_MINUS, "-", 0, unknown));
-    dataLine->replaceOperand(m_assembler, 0, tree);
+    dataLine->replaceOperand(
+        m_assembler, 0,
+        newBinaryOperand(Operand::SUBTRACT, newSymbolOperand(toLabel->getName()), newSymbolOperand(fromLabel->getName())));
     return true;
 }
 

@@ -1,6 +1,5 @@
 #include "frontend/ExprEval.h"
 
-#include "diag/IdStrings.h"
 
 #include <cassert>
 #include <climits>
@@ -104,9 +103,7 @@ Operand* ExprEval::optimise(Operand* operand)
     if (!allConstant || !evaluate(operand, value))
         return operand;
     Operand::deepFree(operand);
-    auto* folded = new Operand(Operand::INTEGER);
-    folded->addToken(newUnsignedConstToken(static_cast<unsigned>(value), 0, IdStrings::idString("<unknown>")));
-    return folded;
+    return newConstantOperand(static_cast<unsigned>(value));
 }
 
 bool ExprEval::usesCurrentLocation(const Operand* operand)

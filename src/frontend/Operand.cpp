@@ -96,4 +96,26 @@ TokenLine* flatten(const Operand* operand)
     return line;
 }
 
+Operand* newConstantOperand(unsigned value)
+{
+    auto* leaf = new Operand(Operand::INTEGER);
+    leaf->addToken(newUnsignedConstToken(value, 0, generatedFile()));
+    return leaf;
+}
+
+Operand* newSymbolOperand(const char* name)
+{
+    auto* leaf = new Operand(Operand::SYMBOL);
+    leaf->addToken(newGeneratedToken(S_NAME, name));
+    return leaf;
+}
+
+Operand* newBinaryOperand(Operand::Opcode opcode, Operand* left, Operand* right)
+{
+    assert((opcode == Operand::ADD || opcode == Operand::SUBTRACT) && "only sums and differences are made");
+    auto* node = new Operand(opcode, left, right);
+    node->addToken(opcode == Operand::ADD ? newGeneratedToken(S_PLUS, "+") : newGeneratedToken(S_MINUS, "-"));
+    return node;
+}
+
 } // namespace vorp

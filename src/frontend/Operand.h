@@ -73,4 +73,10 @@ private:
 void flatten(const Operand* operand, TokenLine& line);
 TokenLine* flatten(const Operand* operand);
 
+// Trees that the assembler makes itself, with generated tokens.
+Operand* newConstantOperand(unsigned value);
+Operand* newSymbolOperand(const char* name);
+// `left + right` or `left - right`.
+Operand* newBinaryOperand(Operand::Opcode opcode, Operand* left, Operand* right);
+
 } // namespace vorp

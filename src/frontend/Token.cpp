@@ -109,4 +109,15 @@ TokenLine* newTokenLine(const Token* tokens, unsigned count)
     return new TokenLine(tokens, tokens + count);
 }
 
+const char* generatedFile()
+{
+    static const char* const file = IdStrings::idString("<unknown>");
+    return file;
+}
+
+Token newGeneratedToken(int symbol, const char* text)
+{
+    return newToken(symbol, text, 0, generatedFile());
+}
+
 } // namespace vorp

@@ -148,5 +148,8 @@ void fPrintToken(FILE* out, const Token* token);
 Token newToken(int symbol, const char* text, int line, const char* file);
 Token newUnsignedConstToken(unsigned value, int line, const char* file);
 TokenLine* newTokenLine(const Token* tokens, unsigned count);
+// Lines and tokens that the assembler makes itself stand at line 0 of this file, "<unknown>".
+const char* generatedFile();
+Token newGeneratedToken(int symbol, const char* text);
 
 } // namespace vorp

@@ -1,6 +1,5 @@
 #include "metadata/EliminationBlocks.h"
 
-#include "diag/IdStrings.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAssembler.h"
 #include "model/VormCCDirectiveLine.h"
@@ -16,11 +15,6 @@ namespace {
 
 unsigned p_blockCounter = 0;
 
-Token unknownToken(int symbol, const char* text)
-{
-    return newToken(symbol, text, 0, IdStrings::idString("<unknown>"));
-}
-
 } // namespace
 
 void EliminationBlocks::addEliminationBlock(VormAssembler& assembler, VormSection* section, LinePosition start,
@@ -28,15 +22,15 @@ void EliminationBlocks::addEliminationBlock(VormAssembler& assembler, VormSectio
 {
     const std::string name = "vorp.cc" + std::to_string(p_blockCounter++);
     auto top = std::make_unique<TokenLine>();
-    top->push_back(unknownToken(S_D_CCTOP, "cc_top"));
-    top->push_back(unknownToken(S_NAME, name.c_str()));
-    top->push_back(unknownToken(S_COMMA, ","));
-    top->push_back(unknownToken(S_NAME, label ? label->getName() : ""));
+    top->push_back(newGeneratedToken(S_D_CCTOP, "cc_top"));
+    top->push_back(newGeneratedToken(S_NAME, name.c_str()));
+    top->push_back(newGeneratedToken(S_COMMA, ","));
+    top->push_back(newGeneratedToken(S_NAME, label ? label->getName() : ""));
     VormCCDirectiveLine* topLine = assembler.addCCTop(section, start, std::move(top));
 
     auto bottom = std::make_unique<TokenLine>();
-    bottom->push_back(unknownToken(S_D_CCBOT, "cc_bottom"));
-    bottom->push_back(unknownToken(S_NAME, name.c_str()));
+    bottom->push_back(newGeneratedToken(S_D_CCBOT, "cc_bottom"));
+    bottom->push_back(newGeneratedToken(S_NAME, name.c_str()));
     assembler.addCCBottom(section, end, std::move(bottom), topLine);
 }
 

@@ -2,7 +2,6 @@
 
 #include "debug/DebugInfoRewriter.h"
 #include "diag/ErrorHandler.h"
-#include "diag/IdStrings.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "encoding/EncodingFailInfo.h"
@@ -34,7 +33,7 @@ namespace {
 
 LineLocation unknownLocation()
 {
-    return LineLocation(IdStrings::idString("<unknown>"), 0);
+    return LineLocation(generatedFile(), 0);
 }
 
 } // namespace
@@ -584,9 +583,8 @@ void VormAssembler::expandDirectives(VormSection* section)
     if (sawCode) {
         const std::string low = ".L" + section->getName() + ".low_pc";
         const std::string high = ".L" + section->getName() + ".high_pc";
-        const char* unknown = IdStrings::idString("<unknown>");
-        addLabel(section, lines.begin(), newToken(S_NAME, low.c_str(), 0, unknown), false);
-        addLabel(section, lines.end(), newToken(S_NAME, high.c_str(), 0, unknown), false);
+        addLabel(section, lines.begin(), newGeneratedToken(S_NAME, low.c_str()), false);
+        addLabel(section, lines.end(), newGeneratedToken(S_NAME, high.c_str()), false);
         m_debugInfo.addRange(low, high);
     }
 }
