@@ -105,20 +105,27 @@ std::uint64_t DataReader::readU64()
     return low | (high << 32);
 }
 
-std::uint32_t DataReader::readULEB128()
+bool DataReader::readLEB128(std::uint32_t& value, unsigned& shift)
 {
-    std::uint32_t value = 0;
-    unsigned shift = 0;
+    value = 0;
+    shift = 0;
     for (;;) {
         const std::uint8_t byte = readU8();
         if (m_error)
-            break;
+            return false;
         if (shift < 32)
             value |= static_cast<std::uint32_t>(byte & 0x7f) << shift;
         shift += 7;
         if (!(byte & 0x80))
-            break;
+            return true;
     }
+}
+
+std::uint32_t DataReader::readULEB128()
+{
+    std::uint32_t value = 0;
+    unsigned shift = 0;
+    readLEB128(value, shift);
     return value;
 }
 
@@ -126,17 +133,9 @@ std::int32_t DataReader::readSLEB128()
 {
     std::uint32_t value = 0;
     unsigned shift = 0;
-    for (;;) {
-        const std::uint8_t byte = readU8();
-        if (m_error)
-            break;
-        if (shift < 32)
-            value |= static_cast<std::uint32_t>(byte & 0x7f) << shift;
-        shift += 7;
-        // Returned as read, without sign extension: keep it, the callers only skip the value.
-        if (!(byte & 0x80))
-            return static_cast<std::int32_t>(value);
-    }
+    // Returned as read, without sign extension: keep it, the callers only skip the value.
+    if (readLEB128(value, shift))
+        return static_cast<std::int32_t>(value);
     if (shift < 32)
         value |= ~std::uint32_t(0) << shift;
     return static_cast<std::int32_t>(value);

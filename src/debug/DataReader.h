@@ -76,6 +76,9 @@ private:
     static constexpr std::uint32_t SPENT = 0xFFFFFFFF;
 
     void skipZeroSizeLines();
+    // Seven bits a byte from the low end, bits beyond the 32nd lost; false when a failed read
+    // ended it rather than a byte with a clear top bit.
+    bool readLEB128(std::uint32_t& value, unsigned& shift);
     bool fillBuffer();
 
     VormAssembler& m_assembler;

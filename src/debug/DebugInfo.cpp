@@ -1,6 +1,7 @@
 #include "debug/DebugInfo.h"
 
 #include "debug/DataWriter.h"
+#include "debug/DwarfAbbrevTable.h"
 #include "model/VormAssembler.h"
 
 #include <cassert>
@@ -8,23 +9,6 @@
 namespace vorp {
 
 namespace {
-
-enum : unsigned {
-    DW_TAG_compile_unit = 0x11,
-    DW_CHILDREN_no = 0,
-    DW_AT_name = 0x03,
-    DW_AT_stmt_list = 0x10,
-    DW_AT_low_pc = 0x11,
-    DW_AT_high_pc = 0x12,
-    DW_AT_language = 0x13,
-    DW_AT_comp_dir = 0x1B,
-    DW_AT_producer = 0x25,
-    DW_FORM_addr = 0x01,
-    DW_FORM_data2 = 0x05,
-    DW_FORM_data4 = 0x06,
-    DW_FORM_string = 0x08,
-    DW_LANG_Mips_Assembler = 0x8001,
-};
 
 VormSection* addDebugSection(VormAssembler& assembler, const char* name)
 {

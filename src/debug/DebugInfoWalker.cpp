@@ -4,26 +4,6 @@
 
 namespace vorp {
 
-namespace {
-
-enum : unsigned {
-    DW_FORM_block2 = 3,
-    DW_FORM_block4 = 4,
-    DW_FORM_string = 8,
-    DW_FORM_block = 9,
-    DW_FORM_block1 = 10,
-    DW_FORM_sdata = 13,
-    DW_FORM_udata = 15,
-    DW_FORM_ref1 = 17,
-    DW_FORM_ref2 = 18,
-    DW_FORM_ref4 = 19,
-    DW_FORM_ref8 = 20,
-    DW_FORM_ref_udata = 21,
-    DW_OP_addr = 3,
-};
-
-} // namespace
-
 bool DebugInfoWalker::accept(DebugInfoVisitor& visitor)
 {
     DataReader reader(m_assembler, m_section);

@@ -7,19 +7,6 @@
 
 namespace vorp {
 
-namespace {
-
-enum : unsigned {
-    DW_TAG_subprogram = 46,
-    DW_TAG_variable = 52,
-    DW_AT_location = 2,
-    DW_AT_low_pc = 17,
-    DW_FORM_ref1 = 17,
-    DW_FORM_ref_udata = 21,
-};
-
-} // namespace
-
 LinePosition DebugRewriteEliminationBlockInfo::getBegin() const
 {
     assert(begin && "begin");
