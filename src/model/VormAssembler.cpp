@@ -682,20 +682,25 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
         VormAddress address{0, 0};
         bool anyChanged = false;
         bool allDone = true;
+        // Looks at an undone grouping; true when its size changed.
+        auto choose = [&](InstructionGrouping& grouping) {
+            EncodingFailInfo failInfo;
+            bool changed = false;
+            if (!grouping.chooseEncoder(force, m_labels, changed, failInfo))
+                noMatchingFormatError(failInfo);
+            if (changed) {
+                anyChanged = true;
+                force = false;
+            }
+            allDone = allDone && grouping.isDone();
+            return changed;
+        };
         std::size_t next = 0; // the grouping the full walk goes on with
         if (addressesCurrent) {
             next = groupings.size();
             for (std::size_t i : undone) {
-                InstructionGrouping& grouping = *groupings[i];
-                EncodingFailInfo failInfo;
-                bool changed = false;
-                if (!grouping.chooseEncoder(force, m_labels, changed, failInfo))
-                    noMatchingFormatError(failInfo);
-                allDone = allDone && grouping.isDone();
-                if (changed) {
-                    anyChanged = true;
-                    force = false;
-                    address = grouping.getNextAddress();
+                if (choose(*groupings[i])) {
+                    address = groupings[i]->getNextAddress();
                     next = i + 1;
                     break;
                 }
@@ -704,17 +709,8 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
         for (std::size_t i = next; i < groupings.size(); ++i) {
             InstructionGrouping& grouping = *groupings[i];
             grouping.setAddress(address);
-            if (!grouping.isDone()) {
-                EncodingFailInfo failInfo;
-                bool changed = false;
-                if (!grouping.chooseEncoder(force, m_labels, changed, failInfo))
-                    noMatchingFormatError(failInfo);
-                if (changed) {
-                    anyChanged = true;
-                    force = false;
-                }
-                allDone = allDone && grouping.isDone();
-            }
+            if (!grouping.isDone())
+                choose(grouping);
             address = grouping.getNextAddress();
         }
         addressesCurrent = true;
