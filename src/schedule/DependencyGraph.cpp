@@ -1,5 +1,6 @@
 #include "schedule/DependencyGraph.h"
 
+#include <algorithm>
 #include <cstdarg>
 
 namespace vorp {
@@ -18,10 +19,17 @@ DependencyGraphNode* DependencyGraph::add(std::uint32_t flags, DependencyGraphNo
     DependencyGraphNode* node = m_nodes.back().get();
     // Only edges that no other path implies. The root is implied by any other predecessor, and
     // must be: a node that kept it beside another would never become ready.
+    bool besideRoot = false;
+    for (unsigned i = 0; i < count; ++i)
+        besideRoot = besideRoot || !predecessors[i]->isRoot();
     for (unsigned i = 0; i < count; ++i) {
         DependencyGraphNode* predecessor = predecessors[i];
+        // The root reaches every node, so any other predecessor implies it; asking the search
+        // would walk the whole block.
+        if (predecessor->isRoot() && besideRoot)
+            continue;
         NodeSet visited;
-        if (pathFrom(predecessor, predecessors, count, visited))
+        if (count > 1 && pathFrom(predecessor, predecessors, count, visited))
             continue;
         predecessor->addSuccessor(node);
     }
@@ -33,12 +41,30 @@ DependencyGraphNode* DependencyGraph::add(std::uint32_t flags, DependencyGraphNo
     return add(flags, &predecessor, 1);
 }
 
+namespace {
+
+std::uint32_t latestOf(DependencyGraphNode* const* targets, unsigned count)
+{
+    std::uint32_t latest = 0;
+    for (unsigned i = 0; i < count; ++i)
+        latest = std::max(latest, targets[i]->getIndex());
+    return latest;
+}
+
+} // namespace
+
 bool DependencyGraph::pathFrom(const DependencyGraphNode* from, DependencyGraphNode* const* targets, unsigned count,
                                NodeSet& visited)
 {
-    for (DependencyGraphNode* successor : from->getSuccessors())
+    // Edges only lead to later nodes, and successors come in creation order: a node made after the
+    // latest target can't lead to one.
+    const std::uint32_t latest = latestOf(targets, count);
+    for (DependencyGraphNode* successor : from->getSuccessors()) {
+        if (successor->getIndex() > latest)
+            break;
         if (explore(successor, targets, count, visited))
             return true;
+    }
     return false;
 }
 
@@ -49,9 +75,13 @@ bool DependencyGraph::explore(DependencyGraphNode* node, DependencyGraphNode* co
         if (targets[i] == node)
             return true;
     visited.insert(node);
-    for (DependencyGraphNode* successor : node->getSuccessors())
+    const std::uint32_t latest = latestOf(targets, count);
+    for (DependencyGraphNode* successor : node->getSuccessors()) {
+        if (successor->getIndex() > latest)
+            break;
         if (!visited.count(successor) && explore(successor, targets, count, visited))
             return true;
+    }
     return false;
 }
 

@@ -1,7 +1,6 @@
 #include "schedule/SchedulerState.h"
 
 #include "model/VormLine.h"
-#include "schedule/IBuffer.h"
 
 #include <algorithm>
 #include <cassert>
@@ -9,21 +8,31 @@
 
 namespace vorp {
 
+namespace {
+
+// The order of the ready vector: latest first.
+bool laterThan(const DependencyGraphNode* a, const DependencyGraphNode* b)
+{
+    return a->getIndex() > b->getIndex();
+}
+
+} // namespace
+
 SchedulerState::SchedulerState(const NodeSet& waiting, std::uint32_t iBuffBytes, std::uint32_t address)
-    : m_waiting(waiting.begin(), waiting.end()), m_iBuffBytes(iBuffBytes), m_address(address)
+    : m_waiting(waiting.rbegin(), waiting.rend()), m_iBuffBytes(iBuffBytes), m_address(address)
 {
 }
 
 void SchedulerState::addWaiting(DependencyGraphNode* node)
 {
-    const auto at = std::lower_bound(m_waiting.begin(), m_waiting.end(), node, DependencyGraphNode::CreationOrder());
+    const auto at = std::lower_bound(m_waiting.begin(), m_waiting.end(), node, laterThan);
     if (at == m_waiting.end() || *at != node)
         m_waiting.insert(at, node);
 }
 
 void SchedulerState::removeWaiting(DependencyGraphNode* node)
 {
-    const auto at = std::lower_bound(m_waiting.begin(), m_waiting.end(), node, DependencyGraphNode::CreationOrder());
+    const auto at = std::lower_bound(m_waiting.begin(), m_waiting.end(), node, laterThan);
     if (at != m_waiting.end() && *at == node)
         m_waiting.erase(at);
 }
@@ -42,10 +51,16 @@ bool SchedulerState::canAddToWaiting(const DependencyGraphNode* node) const
     return true;
 }
 
-void SchedulerState::doInst(DependencyGraphNode* node)
+IBuffer SchedulerState::issue(const DependencyGraphNode* node) const
 {
     IBuffer buffer;
     buffer.modelCycle(node->isLong() ? 4 : 2, node->isMemoryAccess(), node->isBranch(), m_iBuffBytes, m_address);
+    return buffer;
+}
+
+void SchedulerState::doInst(DependencyGraphNode* node)
+{
+    const IBuffer buffer = issue(node);
     m_iBuffBytes = buffer.getIBuffBytes();
     m_address = buffer.getAddress();
     m_fnops += buffer.getFnops();

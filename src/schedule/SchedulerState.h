@@ -1,6 +1,7 @@
 #pragma once
 
 #include "schedule/DependencyGraphNode.h"
+#include "schedule/IBuffer.h"
 
 #include <cstdint>
 #include <vector>
@@ -13,8 +14,9 @@ namespace vorp {
 class SchedulerState {
 public:
     using NodeSet = DependencyGraphNode::NodeSet;
-    // The ready nodes in creation order: a sorted vector, as the search changes it at every step
-    // and it rarely holds more than a few nodes.
+    // The ready nodes, latest first: a sorted vector, as the search changes it at every step and it
+    // mostly holds a few nodes. The search mostly takes the earliest, which then comes off the end,
+    // so a block of thousands of independent instructions costs no shifting.
     using Ready = std::vector<DependencyGraphNode*>;
 
     SchedulerState(const NodeSet& waiting, std::uint32_t iBuffBytes, std::uint32_t address);
@@ -22,6 +24,8 @@ public:
     bool isScheduled(const DependencyGraphNode* node) const;
     // All the node's predecessors have issued.
     bool canAddToWaiting(const DependencyGraphNode* node) const;
+    // The instruction buffer across the issue of a node, the state left as it is.
+    IBuffer issue(const DependencyGraphNode* node) const;
     // Issues a ready node.
     void doInst(DependencyGraphNode* node);
     // Takes back the last doInst; the four values are those from before it.
@@ -31,6 +35,9 @@ public:
 
     const std::vector<DependencyGraphNode*>& getScheduled() const { return m_scheduled; }
     const Ready& getWaiting() const { return m_waiting; }
+    // The ready nodes in creation order.
+    std::size_t waitingSize() const { return m_waiting.size(); }
+    DependencyGraphNode* waitingAt(std::size_t i) const { return m_waiting[m_waiting.size() - 1 - i]; }
     std::uint32_t getIBuffBytes() const { return m_iBuffBytes; }
     std::uint32_t getAddress() const { return m_address; }
     std::uint32_t getFnops() const { return m_fnops; }

@@ -53,17 +53,34 @@ void VorpScheduler::base(SchedulerState& state, unsigned depth, StatePriorityQue
         testSchedule(state);
         return;
     }
-    const std::vector<DependencyGraphNode*> ready(state.getWaiting().begin(), state.getWaiting().end());
-    for (std::size_t i = 0; i < ready.size(); ++i) {
+    branch(state, depth, queue);
+}
+
+void VorpScheduler::branch(SchedulerState& state, unsigned depth, StatePriorityQueue& queue)
+{
+    // Each try is undone before the next, which leaves the ready set as it was: no copy of it is
+    // needed, and in a long block of independent instructions a copy per step would be quadratic.
+    for (std::size_t i = 0; i < state.waitingSize(); ++i) {
         if (foundKnownOptimalSchedule() || (i > 0 && stopBranching()))
             break;
-        next(state, ready[i], depth, queue);
+        next(state, state.waitingAt(i), depth, queue);
     }
 }
 
 void VorpScheduler::next(SchedulerState& state, DependencyGraphNode* inst, unsigned depth, StatePriorityQueue& queue)
 {
     assert(inst);
+    if (state.getScheduled().size() + 1 == depth && state.waitingSize() > 1) {
+        // The last step of a stage, with other instructions still ready after it: most orders end
+        // here unqueued, which the issue model alone can tell without touching the ready set.
+        const IBuffer after = state.issue(inst);
+        const std::uint32_t fnops = state.getFnops() + after.getFnops();
+        const std::int32_t score = state.getScore() + after.getScore();
+        if (m_bestFnops < fnops || (queue.size() >= QUEUE_SIZE && queue.top()->getScore() >= score)) {
+            ++m_steps;
+            return;
+        }
+    }
     const std::uint32_t iBuffBytes = state.getIBuffBytes();
     const std::uint32_t address = state.getAddress();
     const std::uint32_t fnops = state.getFnops();
@@ -80,12 +97,7 @@ void VorpScheduler::next(SchedulerState& state, DependencyGraphNode* inst, unsig
     if (state.getScheduled().size() == depth) {
         enqueue(state, queue);
     } else {
-        const std::vector<DependencyGraphNode*> ready(state.getWaiting().begin(), state.getWaiting().end());
-        for (std::size_t i = 0; i < ready.size(); ++i) {
-            if (foundKnownOptimalSchedule() || (i > 0 && stopBranching()))
-                break;
-            next(state, ready[i], depth, queue);
-        }
+        branch(state, depth, queue);
     }
     state.undo(iBuffBytes, address, fnops, score);
 }

@@ -42,6 +42,8 @@ private:
     void schedule(unsigned iBufferHalfWords);
     void base(SchedulerState& state, unsigned depth, StatePriorityQueue& queue);
     void next(SchedulerState& state, DependencyGraphNode* inst, unsigned depth, StatePriorityQueue& queue);
+    // Tries each ready node in creation order, or only the first once the budget is spent.
+    void branch(SchedulerState& state, unsigned depth, StatePriorityQueue& queue);
     void testSchedule(const SchedulerState& state);
     // No stall and a buffer that starts the next block well: nothing can beat it.
     bool foundKnownOptimalSchedule() const;

@@ -78,6 +78,31 @@ TEST(DependencyGraphTest, AddKeepsOnlyEdgesNoOtherPathImplies)
     EXPECT_FALSE(DependencyGraph::pathFrom(a, notReachable, 1, visited));
 }
 
+TEST(DependencyGraphTest, PathsAreFoundPastLaterSiblings)
+{
+    // a leads to c through b; z, made last, also follows a. The search may skip what was made
+    // after its targets, but never the nodes on the way.
+    DependencyGraph graph;
+    DependencyGraphNode* a = graph.add(0, graph.getRoot());
+    DependencyGraphNode* b = graph.add(0, a);
+    DependencyGraphNode* c = graph.add(0, b);
+    DependencyGraphNode* z = graph.add(0, a);
+    DependencyGraph::NodeSet visited;
+    DependencyGraphNode* targets[] = {c};
+    EXPECT_TRUE(DependencyGraph::pathFrom(a, targets, 1, visited));
+    visited.clear();
+    DependencyGraphNode* late[] = {z, b};
+    EXPECT_TRUE(DependencyGraph::pathFrom(a, late, 2, visited));
+    visited.clear();
+    EXPECT_FALSE(DependencyGraph::pathFrom(b, late, 2, visited));
+
+    // A new node after a and c keeps only c; after the root and z only z.
+    DependencyGraphNode* ac[] = {a, c};
+    EXPECT_EQ(graph.add(0, ac, 2)->getPredecessors(), (DependencyGraph::NodeSet{c}));
+    DependencyGraphNode* rootAndZ[] = {graph.getRoot(), z};
+    EXPECT_EQ(graph.add(0, rootAndZ, 2)->getPredecessors(), (DependencyGraph::NodeSet{z}));
+}
+
 TEST(DependencyGraphTest, SetsFollowCreationOrder)
 {
     DependencyGraph graph;
