@@ -69,6 +69,7 @@ ASSERTION = re.compile(rb"Assertion `(.*)' failed\.")
 QUOTING = re.compile(
     rb"^(?:.*?:\d+: )?(?:Error|Warning): A\d{5} (?:Unsupported core |Unsupported core revision |Core revision |"
     rb"Unknown group linkage mode |unknown CFI section |unknown escape sequence |Unrecognised type to section |"
+    rb"Unrecognised flag to section |"
     rb"Invalid option for \.loc |Stray |unknown pseudo-op|Unknown opcode |Did you mean |Use of |"
     rb"error opening |error reading )"
 )
