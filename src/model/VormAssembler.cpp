@@ -21,6 +21,7 @@
 #include "model/VormLocDirectiveLine.h"
 #include "schedule/InstructionGroupingScheduled.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>
@@ -643,8 +644,14 @@ void VormAssembler::getInstructionGroupings(VormSection* section, InstructionGro
                 continue;
             }
             const VormBasicBlock before = block.split(position);
-            if (!before.empty())
+            // Lines without an instruction have nothing to reorder, and a scheduled grouping
+            // would keep their addresses open through the whole iteration: a branch to a label
+            // among them could then never be sized.
+            if (std::any_of(before.begin(), before.end(),
+                            [](const VormLine* line) { return line->getType() == CODE_LINE; }))
                 groupings.push_back(std::make_unique<InstructionGroupingScheduled>(before));
+            else
+                addSingles(before.begin(), before.end());
             groupings.push_back(std::make_unique<InstructionGroupingSingle>(line));
             ++position;
             block.split(position);
