@@ -36,12 +36,14 @@ void VormDirectiveLine::printListing(FILE* file)
 
 void VormDirectiveLine::setAllBytes(std::uint8_t value)
 {
-    m_bytes = std::make_unique<std::uint8_t[]>(m_numBytes);
-    std::memset(m_bytes.get(), value, m_numBytes);
+    m_bytes.reset();
+    m_allSame = true;
+    m_fill = value;
 }
 
 void VormDirectiveLine::setBytes(const std::uint8_t* source)
 {
+    m_allSame = false;
     m_bytes = std::make_unique<std::uint8_t[]>(m_numBytes);
     std::memcpy(m_bytes.get(), source, m_numBytes);
 }
@@ -50,6 +52,8 @@ void VormDirectiveLine::getBytes(std::uint8_t* buffer) const
 {
     if (m_bytes)
         std::memcpy(buffer, m_bytes.get(), m_numBytes);
+    else if (m_allSame)
+        std::memset(buffer, m_fill, m_numBytes);
 }
 
 } // namespace vorp

@@ -22,7 +22,8 @@ public:
 
     VormDirective* getDirective() const { return m_directive; }
     void setNumBytes(std::uint32_t numBytes) { m_numBytes = numBytes; }
-    // Fresh bytes, all of `value`.
+    // Fresh bytes, all of `value`. Kept as the one value: a skip can be as large as the address
+    // space, and the object's own buffer is the only copy it needs.
     void setAllBytes(std::uint8_t value);
     // Fresh bytes, copied from `source`.
     void setBytes(const std::uint8_t* source);
@@ -34,6 +35,8 @@ private:
     VormDirective* m_directive;
     std::uint32_t m_numBytes = 0;
     std::unique_ptr<std::uint8_t[]> m_bytes;
+    bool m_allSame = false;
+    std::uint8_t m_fill = 0;
 };
 
 } // namespace vorp
