@@ -17,6 +17,9 @@ LineLocation firstTokenLocation(const TokenLine& tokens)
 VormTokenLine::VormTokenLine(LineType type, bool schedule, std::unique_ptr<TokenLine> tokens)
     : VormLine(type, schedule), m_tokenLine(std::move(tokens)), m_location(firstTokenLocation(*m_tokenLine))
 {
+    // The line keeps its tokens to the end of the run: no spare capacity from the parser's growth.
+    m_tokenLine->shrink_to_fit();
+    m_tokenPointers.reserve(m_tokenLine->size());
     for (Token& token : *m_tokenLine)
         m_tokenPointers.push_back(&token);
 }
