@@ -75,6 +75,7 @@ VormSection* VormAssembler::addSection(const Location& location, const std::stri
     const std::uint32_t flagWord = parseSectionFlags(flags, location, isGroup);
     const std::uint32_t typeWord = parseSectionType(type, location);
     m_sections.push_back(std::make_unique<VormSection>(name, flagWord, typeWord, entrySize, groupName, comdat));
+    m_sectionsByName.emplace(m_sections.back()->getName(), m_sections.back().get());
     if (isGroup)
         m_sectionGroups[groupName].push_back(name);
     return m_sections.back().get();
@@ -88,11 +89,8 @@ VormSection* VormAssembler::addSection(const std::string& name, const std::strin
 
 VormSection* VormAssembler::findSection(const std::string& name) const
 {
-    for (const auto& section : m_sections) {
-        if (section->getName() == name)
-            return section.get();
-    }
-    return nullptr;
+    const auto found = m_sectionsByName.find(name);
+    return found == m_sectionsByName.end() ? nullptr : found->second;
 }
 
 bool VormAssembler::sectionIsEmpty(const std::string& name) const

@@ -20,6 +20,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vorp {
@@ -201,6 +203,8 @@ private:
     TelkUtils* m_utils;
     std::string m_filename;
     std::vector<std::unique_ptr<VormSection>> m_sections;
+    // The same sections by name: a generated file may hold tens of thousands of them.
+    std::unordered_map<std::string_view, VormSection*> m_sectionsByName;
     std::map<std::string, std::vector<std::string>> m_sectionGroups;
     std::string m_sourcePath;
     std::string m_workingDir;
