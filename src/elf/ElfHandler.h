@@ -48,6 +48,8 @@ public:
     static constexpr Elf32_Word SHT_INFO = 19;
     static constexpr Elf32_Word SHT_EXPR = 20;
     static constexpr Elf32_Word SHT_NETINFO = 21;
+    // Section numbers from here up are reserved, so a file holds at most this many sections.
+    static constexpr unsigned SHN_LORESERVE = 0xff00;
 
     // Section flags; the last two are this target's own.
     static constexpr Elf32_Word SHF_WRITE = 0x1;

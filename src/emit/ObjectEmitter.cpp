@@ -1,5 +1,6 @@
 #include "emit/ObjectEmitter.h"
 
+#include "diag/ErrorHandler.h"
 #include "diag/TelkUtils.h"
 #include "elf/ElfHandler.h"
 #include "elf/ElfRelocationTable.h"
@@ -15,6 +16,8 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <vector>
@@ -217,6 +220,16 @@ void ObjectEmitter::dumpBinary(const char* sourceName)
         elf.getSectionHeader(groupSection)->sh_info = elf.getSymbolTable()->findNumByName(signature.c_str());
     }
 
+    // The symbol and string tables come with the writing.
+    const std::size_t sectionCount = elf.getSectionHeaders().size() + 2;
+    if (sectionCount > ElfHandler::SHN_LORESERVE) {
+        // The object of an earlier run must not pass for the result of this one.
+        std::remove(m_assembler.getOutputFile());
+        m_assembler.getUtils()->errorHandler->fatalError(
+            true, "vorp: Error: the object would need %zu sections, more than the %u an ELF file can number\n",
+            sectionCount, ElfHandler::SHN_LORESERVE);
+        std::exit(1);
+    }
     elf.writeToFile(m_assembler.getOutputFile());
 }
 
