@@ -14,6 +14,7 @@ namespace vorp {
 VormCodeLine::VormCodeLine(std::unique_ptr<TokenLine> tokens, const Encoder* encoder, bool schedule)
     : VormTokenLine(CODE_LINE, schedule, std::move(tokens))
 {
+    m_formats.reserve(encoder->numFormats());
     for (unsigned i = 0; i < encoder->numFormats(); ++i)
         m_formats.push_back(encoder->getFormat(i));
     updateSizes();
@@ -95,9 +96,13 @@ bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels& labels, EncodingFai
     EncodingFailInfo::Ranges ranges;
     bool sawOutOfRange = false;
     int value = 0;
-    for (auto position = m_formats.begin(); position != m_formats.end();) {
-        const auto next = std::next(position);
-        const EncoderFormat* format = *position;
+    for (std::size_t position = 0; position < m_formats.size();) {
+        const EncoderFormat* format = m_formats[position];
+        bool removed = false;
+        auto remove = [&] {
+            m_formats.erase(m_formats.begin() + static_cast<std::ptrdiff_t>(position));
+            removed = true;
+        };
         const int lastSize = m_formats.back()->getNumBytes();
         const EncodeResult result =
             format->canEncode(this, format->getNumBytes() == lastSize, &getSection()->getRelocations(), ranges, value);
@@ -112,14 +117,14 @@ bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels& labels, EncodingFai
         case ENCODE_POSSIBLE:
             // A forced pass breaks stalemates: short forms that don't fit now go.
             if (force && format->getNumBytes() != lastSize)
-                m_formats.erase(position);
+                remove();
             break;
         case ENCODE_OUT_OF_RANGE:
             sawOutOfRange = true;
-            m_formats.erase(position);
+            remove();
             break;
         case ENCODE_NO:
-            m_formats.erase(position);
+            remove();
             break;
         default:
             assert(0 && "Unexpected encoding result");
@@ -130,7 +135,8 @@ bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels& labels, EncodingFai
                 m_jumpTableState = TRAMPOLINE_UNUSED;
             break;
         }
-        position = next;
+        if (!removed)
+            ++position;
     }
     updateSizes();
     if (!m_formats.empty())
@@ -170,7 +176,7 @@ void VormCodeLine::JTsetAsmFormat()
 
 void VormCodeLine::forceSize(std::uint32_t numBytes)
 {
-    m_formats.remove_if([numBytes](const EncoderFormat* format) {
+    std::erase_if(m_formats, [numBytes](const EncoderFormat* format) {
         return static_cast<std::uint32_t>(format->getNumBytes()) != numBytes;
     });
     updateSizes();

@@ -3,7 +3,6 @@
 #include "encoding/EncodingFailInfo.h"
 #include "model/VormTokenLine.h"
 
-#include <list>
 #include <string>
 #include <vector>
 
@@ -34,7 +33,7 @@ public:
 
     // Removes every format whose size is not `numBytes`.
     void forceSize(std::uint32_t numBytes);
-    const std::list<const EncoderFormat*>& getFormats() const { return m_formats; }
+    const std::vector<const EncoderFormat*>& getFormats() const { return m_formats; }
 
     // Registers read and written, as sets: formats that were tried and rejected may have added to
     // them, so they can hold more than the final format needs.
@@ -85,7 +84,8 @@ protected:
     // other lines' state say no.
     virtual bool canMemoise() const { return !m_isJumpTableEntry; }
 
-    std::list<const EncoderFormat*> m_formats;
+    // The formats still in play, shortest first; a vector, as there is one for every code line.
+    std::vector<const EncoderFormat*> m_formats;
     std::uint32_t m_minBytes = 0;
     std::uint32_t m_maxBytes = 0;
     bool m_isJumpTableEntry = false;

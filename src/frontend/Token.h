@@ -127,15 +127,17 @@ enum TokenSymbol {
 };
 
 // A plain value: all text pointers are interned or owned by nobody, so tokens copy freely.
+// The fields are ordered so that the pairs of 4-byte ones leave no padding: every line of the
+// input keeps its tokens, so their size is most of the assembler's memory.
 struct Token {
     int symbol = S_NULL;
+    unsigned constantValue = 0;       // numbers: the value; characters: the byte sign-extended
     const char* text = nullptr;       // spelling; directive words keep their dot, @names lose their @
     const char* stringData = nullptr; // strings only: all bytes with a final NUL, inner NULs allowed
-    unsigned stringLength = 0;        // strings only: size of stringData including the final NUL
     const char* constantText = nullptr; // numbers only: digits as written, "0x" in front for hex
-    unsigned constantValue = 0;       // numbers: the value; characters: the byte sign-extended
-    int line = 0;
     const char* file = nullptr;
+    unsigned stringLength = 0;        // strings only: size of stringData including the final NUL
+    int line = 0;
 };
 
 using TokenLine = std::vector<Token>;
