@@ -36,9 +36,14 @@ void VorpScheduler::schedule(unsigned iBufferHalfWords)
     while (!current.empty()) {
         while (!current.empty()) {
             SchedulerState* top = current.top();
-            base(*top, depth, following);
             current.pop();
-            delete top;
+            if (stopBranching()) {
+                if (!advance(top, depth, following))
+                    delete top;
+            } else {
+                base(*top, depth, following);
+                delete top;
+            }
         }
         std::swap(current, following);
         depth += STAGE_DEPTH;
@@ -100,6 +105,46 @@ void VorpScheduler::next(SchedulerState& state, DependencyGraphNode* inst, unsig
         branch(state, depth, queue);
     }
     state.undo(iBuffBytes, address, fnops, score);
+}
+
+bool VorpScheduler::advance(SchedulerState* state, unsigned depth, StatePriorityQueue& queue)
+{
+    // What base, next and enqueue do once the budget is spent, where the search no longer
+    // branches: the one path from the state is followed on the state itself, which then goes into
+    // the queue instead of a copy. A block of many thousands of instructions would otherwise copy
+    // its whole schedule at every stage.
+    if (m_bestFnops < state->getFnops())
+        return false;
+    if (state->waitingSize() == 0) {
+        testSchedule(*state);
+        return false;
+    }
+    while (state->waitingSize() != 0 && !foundKnownOptimalSchedule()) {
+        state->doInst(state->waitingAt(0));
+        ++m_steps;
+        if (m_bestFnops < state->getFnops())
+            return false;
+        if (state->waitingSize() == 0)
+            testSchedule(*state);
+        if (state->getScheduled().size() == depth)
+            return enqueue(state, queue);
+    }
+    return false;
+}
+
+bool VorpScheduler::enqueue(SchedulerState* state, StatePriorityQueue& queue)
+{
+    if (queue.size() < QUEUE_SIZE) {
+        queue.push(state);
+        return true;
+    }
+    if (queue.top()->getScore() >= state->getScore())
+        return false;
+    SchedulerState* top = queue.top();
+    queue.pop();
+    delete top;
+    queue.push(state);
+    return true;
 }
 
 void VorpScheduler::enqueue(const SchedulerState& state, StatePriorityQueue& queue)

@@ -50,6 +50,10 @@ private:
     // Whether the search should try no other ready instruction at this point.
     bool stopBranching() const;
     void enqueue(const SchedulerState& state, StatePriorityQueue& queue);
+    // The same for a state that is handed over; false if the queue turned it down.
+    bool enqueue(SchedulerState* state, StatePriorityQueue& queue);
+    // The search from a state once the budget is spent; false if the state was not queued.
+    bool advance(SchedulerState* state, unsigned depth, StatePriorityQueue& queue);
 
     const DependencyGraph* m_root = nullptr;
     std::vector<DependencyGraphNode*> m_best;
