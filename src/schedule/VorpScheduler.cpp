@@ -138,29 +138,22 @@ bool VorpScheduler::enqueue(SchedulerState* state, StatePriorityQueue& queue)
         queue.push(state);
         return true;
     }
+    // The top is the best of the ten: a state gets in only if it beats them all, and it then
+    // takes the place of that best one. Odd, but the objects depend on it.
     if (queue.top()->getScore() >= state->getScore())
         return false;
-    SchedulerState* top = queue.top();
+    SchedulerState* replaced = queue.top();
     queue.pop();
-    delete top;
+    delete replaced;
     queue.push(state);
     return true;
 }
 
 void VorpScheduler::enqueue(const SchedulerState& state, StatePriorityQueue& queue)
 {
-    if (queue.size() < QUEUE_SIZE) {
-        queue.push(new SchedulerState(state));
-        return;
-    }
-    // The top is the best of the ten: a state gets in only if it beats them all, and it then
-    // takes the place of that best one. Odd, but the objects depend on it.
-    if (queue.top()->getScore() >= state.getScore())
-        return;
-    SchedulerState* top = queue.top();
-    queue.pop();
-    *top = state;
-    queue.push(top);
+    // Copy only what gets in.
+    if (queue.size() < QUEUE_SIZE || queue.top()->getScore() < state.getScore())
+        enqueue(new SchedulerState(state), queue);
 }
 
 void VorpScheduler::testSchedule(const SchedulerState& state)
