@@ -23,9 +23,10 @@ Every mutant is derived from (seed, index) alone, so a campaign is reproducible 
 number of jobs, and a single failing input can be made again with --only INDEX.
 
 The fixed-seed run of the test suite (see tests/stress/CMakeLists.txt):
-    python3 tests/stress/stress.py --vorp build/asan/vorp --count 2500 --seed 1
-A long campaign (about an hour on two cores); failing inputs are kept in stress-failures/:
-    python3 tests/stress/stress.py --vorp build/asan/vorp --count 100000 --seed 7 --jobs 2 \\
+    python3 tests/stress/stress.py --vorp build/asan/vorp --count 2000 --seed 1
+A long campaign (about an hour and a half on two cores); failing inputs are kept in
+stress-failures/, and --replay runs them again after a fix:
+    python3 tests/stress/stress.py --vorp build/asan/vorp --count 60000 --seed 7 --jobs 2 \\
         --save stress-failures
 """
 
