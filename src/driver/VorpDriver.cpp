@@ -20,7 +20,7 @@ namespace vorp {
 
 namespace {
 
-int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler)
+int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::string& outputName)
 {
     if (!installSignalHandlers()) {
         errorHandler.vorpError(NoLocation(), AssErrorCodes::SIGNAL_SETUP,
@@ -32,6 +32,7 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler)
     std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
     const DriverOptions options = CommandLine(optionErrors).parse(words);
 
+    outputName = options.outputName;
     errorHandler.setShowWarnings(options.showWarnings);
     errorHandler.setFatalWarnings(options.fatalWarnings);
 
@@ -57,13 +58,21 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler)
 int guardedRun(int argc, char** argv)
 {
     auto errorHandler = std::make_unique<VorpErrorHandler>();
+    std::string outputName;
+    // A failed run leaves no object, not even one of an earlier run.
+    auto removeOutput = [&outputName] {
+        if (!outputName.empty())
+            std::remove(outputName.c_str());
+    };
     try {
-        return runAssembler(argc, argv, *errorHandler);
+        return runAssembler(argc, argv, *errorHandler, outputName);
     } catch (const std::bad_alloc&) {
         std::fputs("INTERNAL ERROR\n", stderr);
+        removeOutput();
         return 1;
     } catch (...) {
         errorHandler->vorpError(NoLocation(), AssErrorCodes::UNRECOVERABLE, "An unrecoverable error has occured.\n");
+        removeOutput();
         return 1;
     }
 }
