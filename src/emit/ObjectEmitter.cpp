@@ -16,8 +16,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <vector>
@@ -60,7 +58,7 @@ bool ObjectEmitter::addSectionToElfFile(const VormSection* section) const
     return false;
 }
 
-void ObjectEmitter::dumpBinary(const char* sourceName)
+bool ObjectEmitter::dumpBinary(const char* sourceName)
 {
     const auto& sections = m_assembler.getSections();
     VormLinkerExps& exps = m_assembler.getLinkerExps();
@@ -223,14 +221,13 @@ void ObjectEmitter::dumpBinary(const char* sourceName)
     // The symbol and string tables come with the writing.
     const std::size_t sectionCount = elf.getSectionHeaders().size() + 2;
     if (sectionCount > ElfHandler::SHN_LORESERVE) {
-        // The object of an earlier run must not pass for the result of this one.
-        std::remove(m_assembler.getOutputFile());
         m_assembler.getUtils()->errorHandler->fatalError(
-            true, "vorp: Error: the object would need %zu sections, more than the %u an ELF file can number\n",
+            false, "vorp: Error: the object would need %zu sections, more than the %u an ELF file can number\n",
             sectionCount, ElfHandler::SHN_LORESERVE);
-        std::exit(1);
+        return false;
     }
     elf.writeToFile(m_assembler.getOutputFile());
+    return true;
 }
 
 void ObjectEmitter::addLabelSymbol(ElfHandler& elf, VormLabel* label, unsigned sectionNumber)

@@ -14,7 +14,8 @@ public:
     explicit ObjectEmitter(VormAssembler& assembler) : m_assembler(assembler) {}
 
     // `sourceName` names the file symbol when no .file did; null for none.
-    void dumpBinary(const char* sourceName);
+    // False, with the reason reported, when the model can't be written as an ELF file.
+    bool dumpBinary(const char* sourceName);
 
 private:
     // An empty section is left out unless a label stands in it.

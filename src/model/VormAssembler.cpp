@@ -416,10 +416,9 @@ bool VormAssembler::runPasses()
 
 int VormAssembler::postParse(const char* fileSymbolName)
 {
-    if (runPasses())
-        ObjectEmitter(*this).dumpBinary(fileSymbolName);
+    const bool written = runPasses() && ObjectEmitter(*this).dumpBinary(fileSymbolName);
     // After any error the object must not survive, not even a stale one from an earlier run.
-    if (!m_errorHandler->getMakeBinary()) {
+    if (!written || !m_errorHandler->getMakeBinary()) {
         std::remove(m_outputFile);
         return 1;
     }
