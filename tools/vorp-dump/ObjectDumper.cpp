@@ -1,5 +1,7 @@
 #include "ObjectDumper.h"
 
+#include "LittleEndian.h"
+
 #include "elf/ElfBlock.h"
 #include "elf/ElfHandler.h"
 #include "elf/ElfHeader.h"
@@ -40,11 +42,6 @@ void appendf(std::string& out, const char* format, ...)
     va_end(args);
     big.resize(static_cast<std::size_t>(length));
     out += big;
-}
-
-Elf32_Word word(const unsigned char* at)
-{
-    return Elf32_Word(at[0]) | Elf32_Word(at[1]) << 8 | Elf32_Word(at[2]) << 16 | Elf32_Word(at[3]) << 24;
 }
 
 std::string bindingName(unsigned binding)
@@ -354,14 +351,14 @@ void ObjectDumper::dumpExpressions(std::string& out) const
         }
         unsigned at = 0;
         for (; at + EXPR_RECORD_BYTES <= header->sh_size; at += EXPR_RECORD_BYTES, ++index) {
-            const Elf32_Word kind = word(bytes + at);
+            const Elf32_Word kind = littleWord(bytes + at);
             std::string types;
             for (unsigned op = 0; op < 3; ++op)
                 types += typeLetters[(kind >> (2 * op)) & 3];
             appendf(out, "  %u: kind %u (op %u %s) label %s:", index, kind, kind >> 6, types.c_str(),
-                    symbolName(word(bytes + at + 4)).c_str());
+                    symbolName(littleWord(bytes + at + 4)).c_str());
             for (unsigned op = 0; op < 3; ++op) {
-                const Elf32_Word value = word(bytes + at + 8 + 4 * op);
+                const Elf32_Word value = littleWord(bytes + at + 8 + 4 * op);
                 out += op == 0 ? " " : ", ";
                 switch ((kind >> (2 * op)) & 3) {
                 case 0:
@@ -404,9 +401,9 @@ void ObjectDumper::dumpNotes(std::string& out) const
                 appendf(out, "  %u: (malformed note)\n", header->getNum());
                 break;
             }
-            const Elf32_Word nameBytes = word(bytes + at);
-            const Elf32_Word descBytes = word(bytes + at + 4);
-            const Elf32_Word type = word(bytes + at + 8);
+            const Elf32_Word nameBytes = littleWord(bytes + at);
+            const Elf32_Word descBytes = littleWord(bytes + at + 4);
+            const Elf32_Word type = littleWord(bytes + at + 8);
             const std::uint64_t nameAt = at + 12;
             const std::uint64_t descAt = nameAt + ((std::uint64_t(nameBytes) + 3) & ~std::uint64_t(3));
             const std::uint64_t end = descAt + ((std::uint64_t(descBytes) + 3) & ~std::uint64_t(3));
@@ -439,10 +436,10 @@ void ObjectDumper::dumpGroups(std::string& out) const
             continue;
         }
         appendf(out, "  %u: signature %s flags %u members", header->getNum(), symbolName(header->sh_info).c_str(),
-                word(bytes));
+                littleWord(bytes));
         const unsigned words = header->sh_size / 4;
         for (unsigned i = 1; i < words; ++i) {
-            const Elf32_Word member = word(bytes + 4 * i);
+            const Elf32_Word member = littleWord(bytes + 4 * i);
             if (member != 0 && member < numSections())
                 appendf(out, " %s", sectionName(member).c_str());
             else

@@ -1,5 +1,7 @@
 #include "RelocationResolver.h"
 
+#include "LittleEndian.h"
+
 #include "elf/ElfHandler.h"
 #include "elf/ElfRelocation.h"
 #include "elf/ElfSectionHeader.h"
@@ -36,10 +38,7 @@ RelocationResolver::RelocationResolver(const ElfHandler& elf, std::vector<unsign
 
 void RelocationResolver::readRecords()
 {
-    auto word = [this](std::uint64_t at) {
-        return Elf32_Word(m_bytes[at]) | Elf32_Word(m_bytes[at + 1]) << 8 | Elf32_Word(m_bytes[at + 2]) << 16 |
-               Elf32_Word(m_bytes[at + 3]) << 24;
-    };
+    auto word = [this](std::uint64_t at) { return littleWord(&m_bytes[at]); };
     for (const ElfSectionHeader* header : m_elf.getSectionHeaders()) {
         if (header->sh_type != ElfHandler::SHT_EXPR)
             continue;
