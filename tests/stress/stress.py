@@ -169,7 +169,10 @@ def load_seeds(root, work):
     return seeds
 
 
-TOKEN = re.compile(rb"[A-Za-z_.$][A-Za-z0-9_.$]*|0[xX][0-9a-fA-F]+|\d+|\"(?:\\.|[^\"\\\n])*\"|\s+|.", re.S)
+# A string runs to its closing quote or, unterminated, to the line end: a quote always starts a
+# token, so splitting stays linear (trying every quote of a long unterminated string against the
+# rest of the line took hours).
+TOKEN = re.compile(rb"[A-Za-z_.$][A-Za-z0-9_.$]*|0[xX][0-9a-fA-F]+|\d+|\"[^\"\\\n]*(?:\\.[^\"\\\n]*)*\"?|\s+|.", re.S)
 WORD = re.compile(rb"[A-Za-z_.][A-Za-z0-9_.]*")
 
 
@@ -552,11 +555,13 @@ def run_once(vorp, workdir, data, options, timeout):
 
 
 def worker(args):
-    vorp, seed, indices, ctx, timeout = args
+    vorp, seed, indices, ctx, timeout, deadline = args
     results = []
     workdir = tempfile.mkdtemp(prefix="vorp-stress-")
     try:
         for index in indices:
+            if deadline is not None and time.time() >= deadline:
+                break
             data, options, how = make_input(seed, index, ctx)
             started = time.time()
             (kind, detail), stderr = run_one(vorp, workdir, data, options, timeout)
@@ -604,6 +609,9 @@ def main():
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--timeout", type=float, default=10.0, help="time limit of one run, in seconds")
     parser.add_argument("--save", help="folder for failing inputs")
+    parser.add_argument("--minutes", type=float,
+                        help="start no input after this many minutes; the summary counts the inputs run")
+    parser.add_argument("--progress", type=int, metavar="N", help="report every N inputs on standard error")
     parser.add_argument("--only", type=int, action="append", help="run just this index (repeatable)")
     parser.add_argument("--write", metavar="INDEX", type=int, help="write input INDEX to standard output and stop")
     parser.add_argument("--replay", metavar="DIR", help="run the inputs kept by --save in DIR again, and stop")
@@ -633,12 +641,15 @@ def main():
     batches = [indices[i:i + chunk] for i in range(0, len(indices), chunk)]
 
     started = time.time()
+    deadline = started + 60 * args.minutes if args.minutes else None
     tally = collections.Counter()
     allowed = collections.Counter()
     failures = []
     slowest = []
     with concurrent.futures.ThreadPoolExecutor(max_workers=jobs) as pool:
-        for results in pool.map(worker, [(vorp, args.seed, b, ctx, args.timeout) for b in batches]):
+        for results in pool.map(worker, [(vorp, args.seed, b, ctx, args.timeout, deadline)
+                                                 for b in batches]):
+            before = sum(tally.values())
             for index, kind, detail, how, options, data, stderr, seconds, size in results:
                 slowest.append((seconds, index, size, how))
                 tally[kind] += 1
@@ -649,6 +660,10 @@ def main():
                     print("FAIL %d %s: %s [%s] %s" % (index, kind, detail, " ".join(options), how), flush=True)
                     if args.verbose and stderr:
                         sys.stdout.write(stderr[-3000:].decode("utf-8", "replace") + "\n")
+            done = sum(tally.values())
+            if args.progress and done // args.progress > before // args.progress:
+                sys.stderr.write("%d inputs, %d failures, %.0f s\n" % (done, len(failures), time.time() - started))
+                sys.stderr.flush()
     elapsed = time.time() - started
 
     if args.save and failures:
@@ -663,6 +678,8 @@ def main():
                 f.write("kind: %s\ndetail: %s\noptions: %s\nmutations: %s\n" % (kind, detail, " ".join(options), how))
 
     total = sum(tally.values())
+    if total < len(indices):
+        print("stopped at the time limit: %d of %d inputs run" % (total, len(indices)))
     print("seed %s: %d inputs from %d seeds in %.0f s: %d passed, %d allowed assertions, %d failures"
           % (args.seed, total, len(seeds), elapsed, tally["ok"], tally["allowed"], len(failures)))
     for name, n in sorted(allowed.items()):
