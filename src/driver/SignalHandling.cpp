@@ -3,6 +3,7 @@
 #include "diag/VorpErrorHandler.h"
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 
 namespace vorp {
@@ -27,6 +28,25 @@ void useAlternateSignalStack()
     stack.ss_sp = stackMemory;
     stack.ss_size = sizeof(stackMemory);
     sigaltstack(&stack, nullptr);
+}
+
+namespace {
+
+void flushOnAbort(int)
+{
+    // abort() goes on to end the process once this returns.
+    std::fflush(stderr);
+}
+
+} // namespace
+
+void flushDiagnosticsOnAbort()
+{
+    struct sigaction action = {};
+    action.sa_handler = flushOnAbort;
+    sigfillset(&action.sa_mask);
+    action.sa_flags = SA_ONSTACK;
+    sigaction(SIGABRT, &action, nullptr);
 }
 
 bool installSignalHandlers()

@@ -6,6 +6,10 @@ namespace vorp {
 // handlers could not be installed.
 bool installSignalHandlers();
 
+// Standard error is buffered; an abort that does not flush it itself (a terminate, say) flushes it
+// before the process ends, so that no diagnostic is lost.
+void flushDiagnosticsOnAbort();
+
 // Gives the calling thread a separate stack for signal handlers, so that a stack overflow is still
 // reported.
 void useAlternateSignalStack();

@@ -95,10 +95,13 @@ void* runOnBigStack(void* data)
 
 int vorpMain(int argc, char** argv)
 {
-    // A diagnostic is written in pieces (location, number, text); unbuffered, each piece would be
-    // a system call of its own, and an input that draws a warning from every byte of a long
-    // string would spend seconds on them. Every message ends its line, which flushes it.
-    std::setvbuf(stderr, nullptr, _IOLBF, BUFSIZ);
+    // An input can draw a warning from every byte of a long string: millions of lines. Written a
+    // line at a time they cost seconds of system calls, so standard error is fully buffered. Every
+    // way out flushes it: a return, exit() (fatal errors and the signal handler), a failed assertion
+    // (which flushes after its text), and any other abort, through its handler.
+    static char stderrBuffer[1 << 16];
+    std::setvbuf(stderr, stderrBuffer, _IOFBF, sizeof(stderrBuffer));
+    flushDiagnosticsOnAbort();
     // Expression trees of generated code can be very deep (a sum of a million terms), and their
     // walks recurse: the run gets a stack to match. The memory is only taken as it is used.
     constexpr std::size_t STACK_SIZE = std::size_t{1} << 32;
