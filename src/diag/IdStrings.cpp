@@ -14,9 +14,25 @@ class StringTable {
 public:
     const char* intern(std::string_view text)
     {
+        // Operators, punctuation and one-digit numbers are most of the tokens of a long
+        // expression: one-byte texts skip the hash.
+        if (text.size() == 1) {
+            const char*& single = m_singles[static_cast<unsigned char>(text[0])];
+            if (!single)
+                single = insert(text);
+            return single;
+        }
         auto found = m_texts.find(text);
         if (found != m_texts.end())
             return found->data();
+        return insert(text);
+    }
+
+private:
+    static constexpr std::size_t BLOCK_SIZE = 64 * 1024;
+
+    const char* insert(std::string_view text)
+    {
         char* copy = allocate(text.size() + 1);
         if (!text.empty())
             std::memcpy(copy, text.data(), text.size());
@@ -24,9 +40,6 @@ public:
         m_texts.insert(std::string_view(copy, text.size()));
         return copy;
     }
-
-private:
-    static constexpr std::size_t BLOCK_SIZE = 64 * 1024;
 
     char* allocate(std::size_t size)
     {
@@ -46,6 +59,7 @@ private:
     }
 
     std::unordered_set<std::string_view> m_texts;
+    const char* m_singles[256] = {};
     std::vector<std::unique_ptr<char[]>> m_blocks;
     char* m_next = nullptr;
     std::size_t m_free = 0;

@@ -102,8 +102,16 @@ Operand* ExprEval::optimise(Operand* operand)
     int value;
     if (!allConstant || !evaluate(operand, value))
         return operand;
+    // The folded constant takes the place of the first leaf: a long sum folds without allocating.
+    if (operand->getNumOperands() == 0) {
+        operand->becomeConstant(static_cast<unsigned>(value));
+        return operand;
+    }
+    Operand* leaf = operand->getOperand(0);
+    operand->setOperand(0, nullptr);
     Operand::deepFree(operand);
-    return newConstantOperand(static_cast<unsigned>(value));
+    leaf->becomeConstant(static_cast<unsigned>(value));
+    return leaf;
 }
 
 bool ExprEval::usesCurrentLocation(const Operand* operand)

@@ -4,24 +4,61 @@
 
 namespace vorp {
 
-Operand::Operand(Opcode opcode, Operand* child) : m_opcode(opcode), m_operands{child} {}
+Operand::Operand(Opcode opcode, Operand* child) : m_opcode(opcode)
+{
+    addOperand(child);
+}
 
-Operand::Operand(Opcode opcode, Operand* left, Operand* right) : m_opcode(opcode), m_operands{left, right} {}
+Operand::Operand(Opcode opcode, Operand* left, Operand* right) : m_opcode(opcode)
+{
+    addOperand(left);
+    addOperand(right);
+}
 
 Operand::~Operand()
 {
+    if (m_numOperands == 0)
+        return;
+    bool childrenAreLeaves = true;
+    for (unsigned i = 0; i < m_numOperands; ++i)
+        childrenAreLeaves = childrenAreLeaves && (!m_operands[i] || m_operands[i]->m_numOperands == 0);
+    if (childrenAreLeaves) {
+        for (unsigned i = 0; i < m_numOperands; ++i)
+            delete m_operands[i];
+        return;
+    }
     // Long operator chains make deep trees: free them without deep recursion.
-    std::vector<Operand*> pending;
-    pending.swap(m_operands);
+    std::vector<Operand*> pending(m_operands, m_operands + m_numOperands);
+    m_numOperands = 0;
     while (!pending.empty()) {
         Operand* node = pending.back();
         pending.pop_back();
         if (!node)
             continue;
-        pending.insert(pending.end(), node->m_operands.begin(), node->m_operands.end());
-        node->m_operands.clear();
+        pending.insert(pending.end(), node->m_operands, node->m_operands + node->m_numOperands);
+        node->m_numOperands = 0;
         delete node;
     }
+}
+
+void Operand::addOperand(Operand* child)
+{
+    assert(m_numOperands < MAX_OPERANDS);
+    m_operands[m_numOperands++] = child;
+}
+
+void Operand::becomeConstant(unsigned value)
+{
+    assert(m_numOperands == 0);
+    m_opcode = INTEGER;
+    m_numTokens = 0;
+    addToken(newUnsignedConstToken(value, 0, generatedFile()));
+}
+
+void Operand::addToken(const Token& token)
+{
+    assert(m_numTokens < MAX_TOKENS);
+    m_tokens[m_numTokens++] = token;
 }
 
 void Operand::deepFree(Operand* operand)
@@ -99,7 +136,7 @@ TokenLine* flatten(const Operand* operand)
 Operand* newConstantOperand(unsigned value)
 {
     auto* leaf = new Operand(Operand::INTEGER);
-    leaf->addToken(newUnsignedConstToken(value, 0, generatedFile()));
+    leaf->becomeConstant(value);
     return leaf;
 }
 

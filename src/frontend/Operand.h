@@ -48,14 +48,16 @@ public:
     ~Operand();
 
     Opcode getOpcode() const { return m_opcode; }
-    unsigned getNumOperands() const { return static_cast<unsigned>(m_operands.size()); }
+    unsigned getNumOperands() const { return m_numOperands; }
     Operand* getOperand(unsigned i) const { return m_operands[i]; }
     void setOperand(unsigned i, Operand* child) { m_operands[i] = child; }
-    void addOperand(Operand* child) { m_operands.push_back(child); }
+    void addOperand(Operand* child);
 
-    const std::vector<Token>& getTokens() const { return m_tokens; }
+    unsigned getNumTokens() const { return m_numTokens; }
     const Token& getToken(unsigned i) const { return m_tokens[i]; }
-    void addToken(const Token& token) { m_tokens.push_back(token); }
+    void addToken(const Token& token);
+    // Makes a leaf the generated constant `value`, as newConstantOperand would make it.
+    void becomeConstant(unsigned value);
 
     // Frees the children, then the node.
     static void deepFree(Operand* operand);
@@ -63,9 +65,16 @@ public:
     void dump(std::ostream& out) const;
 
 private:
+    // A node has at most three children (the conditional) and two tokens of its own (parentheses,
+    // '?' and '$:'): kept in place, a node is one allocation. Long generated sums make millions.
+    static constexpr unsigned MAX_OPERANDS = 3;
+    static constexpr unsigned MAX_TOKENS = 2;
+
     Opcode m_opcode;
-    std::vector<Operand*> m_operands;
-    std::vector<Token> m_tokens;
+    unsigned char m_numOperands = 0;
+    unsigned char m_numTokens = 0;
+    Operand* m_operands[MAX_OPERANDS] = {};
+    Token m_tokens[MAX_TOKENS];
 };
 
 // Appends the tokens of the tree in source order; parentheses are nodes, so the source tokens come

@@ -5,6 +5,7 @@
 #include <cassert>
 #include <cstring>
 #include <string>
+#include <unordered_map>
 
 namespace vorp {
 
@@ -96,7 +97,13 @@ Token newUnsignedConstToken(unsigned value, int line, const char* file)
 {
     Token token;
     token.symbol = S_INTVAL;
-    token.text = IdStrings::idString(std::to_string(value).c_str());
+    // Folding a long sum makes a constant at every level: the texts of values already seen are
+    // remembered, so that each fold doesn't format and look up its number again.
+    static std::unordered_map<unsigned, const char*> texts;
+    auto [entry, added] = texts.try_emplace(value, nullptr);
+    if (added)
+        entry->second = IdStrings::idString(std::to_string(value).c_str());
+    token.text = entry->second;
     token.constantText = token.text;
     token.constantValue = value;
     token.line = line;
