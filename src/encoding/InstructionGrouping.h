@@ -15,6 +15,7 @@ class InstructionGrouping {
 public:
     virtual ~InstructionGrouping() = default;
     virtual void setAddress(const VormAddress& address) = 0;
+    virtual VormAddress getAddress() const = 0;
     virtual VormAddress getNextAddress() const = 0;
     virtual bool isDone() const = 0;
     virtual bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo) = 0;

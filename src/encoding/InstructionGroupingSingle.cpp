@@ -9,6 +9,11 @@ void InstructionGroupingSingle::setAddress(const VormAddress& address)
     m_line->setAddress(address);
 }
 
+VormAddress InstructionGroupingSingle::getAddress() const
+{
+    return m_line->getAddress();
+}
+
 VormAddress InstructionGroupingSingle::getNextAddress() const
 {
     return m_line->getNextAddress();

@@ -12,10 +12,12 @@ public:
     explicit InstructionGroupingSingle(VormLine* line) : m_line(line) {}
 
     void setAddress(const VormAddress& address) override;
+    VormAddress getAddress() const override;
     VormAddress getNextAddress() const override;
     bool isDone() const override;
     bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo) override;
     void commit() override {}
+    VormLine* getLine() const { return m_line; }
 
 private:
     VormLine* m_line;

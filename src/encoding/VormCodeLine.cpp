@@ -1,5 +1,6 @@
 #include "encoding/VormCodeLine.h"
 
+#include "encoding/VormOperImm.h"
 #include "encoding/Encoder.h"
 #include "encoding/EncoderFormat.h"
 #include "frontend/VorpTokeniser.h"
@@ -40,7 +41,9 @@ bool VormCodeLine::isDone() const
 bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo, bool final)
 {
     Distances distances;
-    if (!final && m_memo.valid && (!force || m_memo.forced) && m_formats.size() == m_memo.formats &&
+    // The memo compares the lines' own addresses: while a reader answers for them it has no say.
+    const bool memo = !final && !VormOperImm::instance().getAddressReader();
+    if (memo && m_memo.valid && (!force || m_memo.forced) && m_formats.size() == m_memo.formats &&
         memoDistances(distances) && distances == m_memo.distances) {
         changed = false;
         return true;
@@ -53,7 +56,7 @@ bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, 
     getByteRange(minAfter, maxAfter);
     changed = minBefore != minAfter || maxBefore != maxAfter;
     m_memo.valid = false;
-    if (!final && result && m_formats.size() == formatsBefore && canMemoise() && memoDistances(distances))
+    if (memo && result && m_formats.size() == formatsBefore && canMemoise() && memoDistances(distances))
         m_memo = Memo{true, force, formatsBefore, distances};
     return result;
 }

@@ -14,6 +14,7 @@ public:
 
     void addTrampolineUse(VormCodeLine* entry);
     TrampolineUse getUse() const { return m_use; }
+    const std::vector<VormCodeLine*>& getEntries() const { return m_entries; }
 
     // Used as soon as one entry needs it, unused when all reach their targets; undecided entries
     // are asked again.

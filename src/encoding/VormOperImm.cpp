@@ -1,6 +1,7 @@
 #include "encoding/VormOperImm.h"
 
 #include "diag/VorpErrorHandler.h"
+#include "encoding/AddressReader.h"
 #include "encoding/OperandDescriptor.h"
 #include "encoding/Relocations.h"
 #include "encoding/VormCodeLine.h"
@@ -66,7 +67,8 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
             line->setCachedLabel(tokenNum, name.text, label);
     }
     VormLabel* target = label->getLabelFollowAliases();
-    const VormAddress& here = line->getAddress();
+    AddressReader* reader = final ? nullptr : m_reader;
+    const VormAddress here = reader ? reader->addressOf(*line) : line->getAddress();
     auto relocate = [&] {
         if (final)
             relocations->add(label, here.min, addend, relocationType);
@@ -95,7 +97,10 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
         }
         if (mode == OperandDescriptorImm::MODE_PC_RELATIVE && target->getSymbolType() == SYMBOL_DEFINED &&
             target->getSection() == line->getSection()) {
-            const VormAddress& there = target->getTargetLine()->getAddress();
+            const VormLine& thereLine = *target->getTargetLine();
+            const VormAddress there = reader ? reader->addressOf(thereLine) : thereLine.getAddress();
+            if (reader)
+                reader->noteDistance(*line, here, thereLine, there, addend, *desc, instructionBytes);
             std::uint32_t lo = there.min + static_cast<std::uint32_t>(addend);
             std::uint32_t hi = there.max + static_cast<std::uint32_t>(addend);
             if (lo > hi)

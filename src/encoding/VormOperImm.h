@@ -4,6 +4,7 @@
 
 namespace vorp {
 
+class AddressReader;
 class OperandDescriptorImm;
 class Relocations;
 class VormCodeLine;
@@ -17,6 +18,9 @@ public:
 
     void setErrorHandler(VorpErrorHandler* errorHandler) { m_errorHandler = errorHandler; }
     void setVormLabels(VormLabels* labels) { m_labels = labels; }
+    // Where addresses come from while formats are chosen; null for the lines' own.
+    void setAddressReader(AddressReader* reader) { m_reader = reader; }
+    AddressReader* getAddressReader() const { return m_reader; }
 
     // The lowest, the optimistic and the highest value the operand at `tokenNum` can have at the
     // line's present address. False when the operand can't be valued for this format: the answer
@@ -34,6 +38,7 @@ private:
 
     VorpErrorHandler* m_errorHandler = nullptr;
     VormLabels* m_labels = nullptr;
+    AddressReader* m_reader = nullptr;
 };
 
 } // namespace vorp

@@ -12,6 +12,7 @@
 #include "encoding/VormOperImm.h"
 #include "encoding/VormOperReg.h"
 #include "frontend/VormExprEval.h"
+#include "layout/SizeIteration.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAsciiLine.h"
 #include "model/VormCCDirectiveLine.h"
@@ -671,71 +672,22 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
     bool hasScheduling = false;
     getInstructionGroupings(section, groupings, hasScheduling);
 
-    unsigned pass = 0;
-    bool force = false;
-    bool finished = false;
-    // After the first pass every grouping holds the address that the sizes before it give. Sizes
-    // change only in chooseEncoder, so until a pass changes something no address can move: the
-    // groupings in front of its first change need no new address, and only the undone ones among
-    // them need a look. The indexes of the undone groupings are kept in order for that.
-    bool addressesCurrent = false;
-    std::vector<std::size_t> undone;
-    for (std::size_t i = 0; i < groupings.size(); ++i)
-        undone.push_back(i);
-    while (!finished) {
-        VormAddress address{0, 0};
-        bool anyChanged = false;
-        bool allDone = true;
-        // Looks at an undone grouping; true when its size changed.
-        auto choose = [&](InstructionGrouping& grouping) {
-            EncodingFailInfo failInfo;
-            bool changed = false;
-            if (!grouping.chooseEncoder(force, m_labels, changed, failInfo))
-                noMatchingFormatError(failInfo);
-            if (changed) {
-                anyChanged = true;
-                force = false;
-            }
-            allDone = allDone && grouping.isDone();
-            return changed;
-        };
-        std::size_t next = 0; // the grouping the full walk goes on with
-        if (addressesCurrent) {
-            next = groupings.size();
-            for (std::size_t i : undone) {
-                if (choose(*groupings[i])) {
-                    address = groupings[i]->getNextAddress();
-                    next = i + 1;
-                    break;
-                }
-            }
-        }
-        for (std::size_t i = next; i < groupings.size(); ++i) {
-            InstructionGrouping& grouping = *groupings[i];
-            grouping.setAddress(address);
-            if (!grouping.isDone())
-                choose(grouping);
-            address = grouping.getNextAddress();
-        }
-        addressesCurrent = true;
-        std::erase_if(undone, [&groupings](std::size_t i) { return groupings[i]->isDone(); });
-        // A pass that changes nothing is repeated once with force, which breaks stalemates.
-        finished = allDone;
-        if (!allDone && !anyChanged) {
-            if (force)
-                finished = true;
-            else
-                force = true;
-        }
-        if (groupings.empty())
-            finished = true;
-        if (++pass > m_maxEncodingPasses)
-            m_utils->errorHandler->fatalError(true, "vorp: Error: unable to resolve encoder choice after %d loops\n",
-                                              static_cast<int>(m_maxEncodingPasses));
-    }
+    SizeIterationSettings settings;
+    settings.maxPasses = m_maxEncodingPasses;
+    settings.incremental = !m_referenceSizeIteration;
+    settings.observer = m_sizeIterationObserver;
+    SizeIterationHooks hooks;
+    hooks.noMatchingFormat = [this](EncodingFailInfo& failInfo) { noMatchingFormatError(failInfo); };
+    hooks.passLimitReached = [this] {
+        m_utils->errorHandler->fatalError(true, "vorp: Error: unable to resolve encoder choice after %d loops\n",
+                                          static_cast<int>(m_maxEncodingPasses));
+    };
+    const SizeIterationResult result = iterateSizes(groupings, m_labels, settings, hooks);
+    const bool force = result.force;
     // For the benchmark: how many passes each section needed.
     if (std::getenv("VORP_STATS"))
-        std::fprintf(stderr, "vorp: stats: section %s: %u format passes\n", section->getName().c_str(), pass);
+        std::fprintf(stderr, "vorp: stats: section %s: %u format passes\n", section->getName().c_str(),
+                     result.passes);
     if (hasScheduling) {
         for (const auto& grouping : groupings)
             grouping->commit();

@@ -36,6 +36,7 @@ class VormLine;
 class VormLocDirectiveLine;
 class VorpErrorHandler;
 struct TelkUtils;
+class SizeIterationObserver;
 
 // The one central object of a run: it owns every section and line, the label table and everything
 // else the source defines, and turns them into an object file by a fixed sequence of passes.
@@ -153,6 +154,9 @@ public:
     VormJTTrampoline* addJTTrampoline(VormSection* section, std::unique_ptr<TokenLine> tokens);
     // Reports an instruction that no format fits (errors 48, 49) and ends the run.
     [[noreturn]] void noMatchingFormatError(EncodingFailInfo& failInfo);
+    // For tests: run the plain passes instead of the incremental ones, and watch every pass.
+    void setReferenceSizeIteration(bool reference) { m_referenceSizeIteration = reference; }
+    void setSizeIterationObserver(SizeIterationObserver* observer) { m_sizeIterationObserver = observer; }
 
     // The units the format iteration walks for a section; `hasScheduling` says whether any of them
     // is a scheduled block.
@@ -217,6 +221,8 @@ private:
     bool m_warnRewriteDebug;
     bool m_verbose;
     std::uint32_t m_maxEncodingPasses;
+    bool m_referenceSizeIteration = false;
+    SizeIterationObserver* m_sizeIterationObserver = nullptr;
 };
 
 } // namespace vorp

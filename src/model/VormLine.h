@@ -53,6 +53,11 @@ public:
     VormSection* getSection() const { return m_section; }
     void setSection(VormSection* section) { m_section = section; }
     void setBranchTarget(bool target) { m_branchTarget = target; }
+    // Where the size iteration keeps the line: the index of its grouping, or NO_LAYOUT_SLOT for a
+    // line whose address the iteration does not move.
+    static constexpr std::uint32_t NO_LAYOUT_SLOT = UINT32_MAX;
+    std::uint32_t getLayoutSlot() const { return m_layoutSlot; }
+    void setLayoutSlot(std::uint32_t slot) { m_layoutSlot = slot; }
     // The exact size; only for a line that is done.
     std::uint32_t getNumBytes() const;
     // Writes the line and a line end to standard error.
@@ -65,6 +70,7 @@ private:
     bool m_schedule;
     std::uint32_t m_id;
     VormAddress m_address;
+    std::uint32_t m_layoutSlot = NO_LAYOUT_SLOT;
     VormSection* m_section = nullptr;
     bool m_branchTarget = false;
 };

@@ -74,6 +74,14 @@ const InstructionGroupingScheduled::Schedule& InstructionGroupingScheduled::getS
     return schedule;
 }
 
+std::uint32_t InstructionGroupingScheduled::getFixedSize() const
+{
+    std::uint32_t size = 0;
+    for (std::uint32_t i = 1; i <= m_graph.getNumNodes(); ++i)
+        size += m_graph.getNode(i)->getLine()->getNumBytes();
+    return size;
+}
+
 std::uint32_t InstructionGroupingScheduled::getScheduleSize(bool aligned) const
 {
     getSchedule(aligned);

@@ -54,7 +54,9 @@ public:
     const VormBasicBlock& getBlock() const { return m_block; }
     const DependencyGraph& getGraph() const { return m_graph; }
     const DependencyGraphBuilder& getBuilder() const { return m_builder; }
-    const VormAddress& getAddress() const { return m_address; }
+    VormAddress getAddress() const override { return m_address; }
+    // The block's size, which no order changes: the sum of its settled lines.
+    std::uint32_t getFixedSize() const;
 
 private:
     // The debug line of fnop counts for the present order.

@@ -1,0 +1,495 @@
+#include "layout/IncrementalIteration.h"
+
+#include "encoding/EncodingFailInfo.h"
+#include "encoding/EncoderFormat.h"
+#include "encoding/InstructionGroupingSingle.h"
+#include "encoding/OperandDescriptor.h"
+#include "encoding/VormCodeLine.h"
+#include "encoding/VormJTTrampoline.h"
+#include "encoding/VormOperImm.h"
+#include "model/VormAlignDirectiveLine.h"
+#include "model/VormLine.h"
+#include "schedule/InstructionGroupingScheduled.h"
+
+#include <algorithm>
+#include <cassert>
+#include <limits>
+
+namespace vorp {
+
+namespace {
+
+constexpr std::int64_t INF = std::int64_t{1} << 62;
+constexpr std::uint32_t IN_AGENDA = 1;
+constexpr std::uint32_t NEXT_PASS = 2;
+
+// How far the distances of one pc-relative operand can move before a format answers otherwise.
+// With `lo`/`hi` the target's range (addend included) and `here` the line's:
+//   L = lo - here.max only rises, U = hi - here.min only falls, C = lo - here.min (the optimistic
+//   estimate) moves either way.
+// The answer of `matches` (ignoring the optimistic value) stays while L < lFire and U > uFire;
+// whether the optimistic value fits stays while C lies in [cLow, cHigh].
+struct DistanceLimits {
+    bool followed = false;
+    std::int64_t L = 0, U = 0, C = 0;
+    std::int64_t lFire = INF, uFire = -INF;
+    std::int64_t cLow = -INF, cHigh = INF;
+    OperandDescriptor::MatchResult match = OperandDescriptor::MATCH_NONE;
+};
+
+bool fitsInt(std::int64_t value)
+{
+    return value > std::numeric_limits<std::int32_t>::min() && value <= std::numeric_limits<std::int32_t>::max();
+}
+
+DistanceLimits limitsOf(const VormAddress& here, const VormAddress& there, int addend,
+                        const OperandDescriptorImm& desc, unsigned bytes)
+{
+    DistanceLimits limits;
+    const std::int64_t lo = std::int64_t{there.min} + addend;
+    const std::int64_t hi = std::int64_t{there.max} + addend;
+    // A target range that wraps around the address space swaps its ends: not followed.
+    if (lo < 0 || hi > std::int64_t{UINT32_MAX})
+        return limits;
+    limits.L = lo - here.max;
+    limits.U = hi - here.min;
+    limits.C = lo - here.min;
+    const std::int64_t b = bytes;
+    if (!fitsInt(limits.L - b) || !fitsInt(limits.U - b) || !fitsInt(limits.C - b))
+        return limits;
+    const int scale = desc.getScale() > 0 ? desc.getScale() : 0;
+    const std::int64_t unit = std::int64_t{1} << scale;
+    std::int64_t low = (limits.L - b) >> scale;
+    std::int64_t high = (limits.U - b) >> scale;
+    std::int64_t now = (limits.C - b) >> scale;
+    const bool inverted = desc.isInverted();
+    if (inverted) {
+        const std::int64_t oldLow = low;
+        low = -high;
+        high = -oldLow;
+        now = -now;
+    }
+    limits.match = desc.matches(static_cast<int>(low), static_cast<int>(now), static_cast<int>(high));
+
+    // The answer changes only where the low end reaches a range's start or passes its end, or the
+    // high end reaches a range's end or falls below its start.
+    std::int64_t nextLow = INF;
+    std::int64_t nextHigh = -INF;
+    std::int64_t below = -INF; // last point at or below `now` where "fits" can change
+    std::int64_t above = INF;  // first point above it
+    for (const OperandDescriptor::Range& range : desc.getRanges()) {
+        for (const std::int64_t point : {std::int64_t{range.first}, std::int64_t{range.second} + 1}) {
+            if (point > low)
+                nextLow = std::min(nextLow, point);
+            if (point <= now)
+                below = std::max(below, point);
+            else
+                above = std::min(above, point);
+        }
+        for (const std::int64_t point : {std::int64_t{range.second}, std::int64_t{range.first} - 1}) {
+            if (point < high)
+                nextHigh = std::max(nextHigh, point);
+        }
+    }
+    // Back from the operand's units to distances in bytes: the low end in scaled units is
+    // floor((L - b) / unit) (or the negated high end), and so on.
+    if (!inverted) {
+        if (nextLow != INF)
+            limits.lFire = nextLow * unit + b;
+        if (nextHigh != -INF)
+            limits.uFire = nextHigh * unit + unit - 1 + b;
+        if (below != -INF)
+            limits.cLow = below * unit + b;
+        if (above != INF)
+            limits.cHigh = above * unit - 1 + b;
+    } else {
+        if (nextLow != INF)
+            limits.uFire = -nextLow * unit + unit - 1 + b;
+        if (nextHigh != -INF)
+            limits.lFire = -nextHigh * unit + b;
+        if (above != INF)
+            limits.cLow = -(above - 1) * unit + b;
+        if (below != -INF)
+            limits.cHigh = (-below + 1) * unit - 1 + b;
+    }
+    assert(limits.L < limits.lFire && limits.U > limits.uFire);
+    assert(limits.cLow <= limits.C && limits.C <= limits.cHigh);
+    limits.followed = true;
+    return limits;
+}
+
+std::uint32_t roundUp(std::uint32_t value, std::uint32_t alignment)
+{
+    return (value + alignment - 1) / alignment * alignment;
+}
+
+} // namespace
+
+IncrementalIteration::IncrementalIteration(InstructionGroupings& groupings, VormLabels& labels,
+                                           const SizeIterationHooks& hooks)
+    : m_groupings(groupings), m_labels(labels), m_hooks(hooks)
+{
+}
+
+IncrementalIteration::~IncrementalIteration()
+{
+    if (m_installed)
+        VormOperImm::instance().setAddressReader(nullptr);
+}
+
+bool IncrementalIteration::start()
+{
+    const std::size_t count = m_groupings.size();
+    m_slots.assign(count, Slot{});
+    std::vector<AddressChain::Leaf> leaves(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        Slot& slot = m_slots[i];
+        slot.grouping = m_groupings[i].get();
+        if (auto* single = dynamic_cast<InstructionGroupingSingle*>(slot.grouping)) {
+            slot.line = single->getLine();
+            if (slot.line->getType() == CODE_LINE) {
+                slot.code = static_cast<VormCodeLine*>(slot.line);
+                slot.trampoline = dynamic_cast<VormJTTrampoline*>(slot.code);
+            }
+            if (slot.line->getType() == ALIGN_LINE) {
+                const std::uint32_t alignment = static_cast<VormAlignDirectiveLine*>(slot.line)->getAlignment();
+                leaves[i] = {AddressChain::ALIGN, alignment, alignment};
+                m_alignment = std::max(m_alignment, alignment);
+            } else {
+                std::uint32_t minBytes = 0;
+                std::uint32_t maxBytes = 0;
+                slot.line->getByteRange(minBytes, maxBytes);
+                leaves[i] = {AddressChain::SIZE, minBytes, maxBytes};
+            }
+        } else if (auto* scheduled = dynamic_cast<InstructionGroupingScheduled*>(slot.grouping)) {
+            const std::uint32_t size = scheduled->getFixedSize();
+            leaves[i] = {AddressChain::SIZE, size, size};
+        } else {
+            return false;
+        }
+    }
+    if (!m_now.build(leaves))
+        return false;
+    m_before = m_now;
+    // Beyond the address space the plain passes cut and saturate addresses; leave that to them.
+    if (m_now.addressOf(count).max > MAX_ADDRESS)
+        return false;
+    if (m_alignment & (m_alignment - 1))
+        return false;
+
+    VormAddress address{0, 0};
+    for (std::size_t i = 0; i < count; ++i) {
+        Slot& slot = m_slots[i];
+        assert(slot.grouping->getAddress() == address);
+        address = m_now.nextAddress(i, address);
+        if (slot.line) {
+            slot.line->setLayoutSlot(static_cast<std::uint32_t>(i));
+        } else {
+            const VormBasicBlock& block = static_cast<InstructionGroupingScheduled*>(slot.grouping)->getBlock();
+            for (auto position = block.begin(); position != block.end(); ++position)
+                (*position)->setLayoutSlot(VormLine::NO_LAYOUT_SLOT);
+        }
+    }
+
+    m_nowRising.reset(count);
+    m_nowFalling.reset(count);
+    m_beforeRising.reset(count);
+    m_beforeFalling.reset(count);
+    m_generation.assign(count, 0);
+    m_queued.assign(count, 0);
+    // Every undone grouping saw the targets behind it at their widest in the first pass: all are
+    // looked at in the second.
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (!m_slots[i].grouping->isDone()) {
+            ++m_undone;
+            lookNextPass(i);
+        }
+    }
+    VormOperImm::instance().setAddressReader(this);
+    m_installed = true;
+    return true;
+}
+
+std::uint32_t IncrementalIteration::bound(std::uint32_t delta) const
+{
+    // Past an alignment a change of size moves what follows by up to the change rounded up to it.
+    return roundUp(delta, m_alignment);
+}
+
+VormAddress IncrementalIteration::addressOf(const VormLine& line)
+{
+    const std::uint32_t slot = line.getLayoutSlot();
+    if (slot == VormLine::NO_LAYOUT_SLOT)
+        return line.getAddress();
+    assert(slot < m_slots.size());
+    return slot <= m_current ? m_now.addressOf(slot) : m_before.addressOf(slot);
+}
+
+void IncrementalIteration::noteDistance(const VormLine& here, const VormAddress& hereAddress, const VormLine& there,
+                                        const VormAddress& thereAddress, int addend,
+                                        const OperandDescriptorImm& desc, unsigned bytes)
+{
+    m_reads.push_back(Read{&here, hereAddress, &there, thereAddress, addend, &desc, bytes});
+}
+
+std::uint32_t IncrementalIteration::choices(const Slot& slot) const
+{
+    return openChoices(slot.code, slot.trampoline);
+}
+
+void IncrementalIteration::lookNextPass(std::uint32_t index)
+{
+    if (!(m_queued[index] & NEXT_PASS)) {
+        m_queued[index] |= NEXT_PASS;
+        m_nextPass.push_back(index);
+    }
+}
+
+void IncrementalIteration::pass(bool& force, bool& anyChanged, bool& allDone)
+{
+    anyChanged = false;
+    for (std::uint32_t index : m_nextPass) {
+        m_queued[index] &= ~NEXT_PASS;
+        if (!(m_queued[index] & IN_AGENDA)) {
+            m_queued[index] |= IN_AGENDA;
+            m_agenda.push(index);
+        }
+    }
+    m_nextPass.clear();
+    std::uint32_t forceFrom = 0;
+    for (;;) {
+        std::uint32_t next = m_agenda.empty() ? UINT32_MAX : m_agenda.top();
+        if (force) {
+            auto sensitive = m_forceSensitive.lower_bound(forceFrom);
+            if (sensitive != m_forceSensitive.end())
+                next = std::min(next, *sensitive);
+        }
+        if (next == UINT32_MAX)
+            break;
+        if (!m_agenda.empty() && m_agenda.top() == next) {
+            m_agenda.pop();
+            m_queued[next] &= ~IN_AGENDA;
+        }
+        forceFrom = next + 1;
+        if (!m_slots[next].grouping->isDone())
+            evaluate(next, force, anyChanged);
+    }
+    m_current = static_cast<std::uint32_t>(m_slots.size());
+    endPass();
+    m_current = 0;
+    allDone = m_undone == 0;
+}
+
+void IncrementalIteration::evaluate(std::uint32_t index, bool& force, bool& anyChanged)
+{
+    m_current = index;
+    m_reads.clear();
+    Slot& slot = m_slots[index];
+    const std::uint32_t before = choices(slot);
+    const AddressChain::Leaf leaf = m_now.leaf(index);
+    EncodingFailInfo failInfo;
+    bool changed = false;
+    ++m_evaluations;
+    if (!slot.grouping->chooseEncoder(force, m_labels, changed, failInfo))
+        m_hooks.noMatchingFormat(failInfo);
+    if (changed) {
+        anyChanged = true;
+        force = false;
+        std::uint32_t minBytes = 0;
+        std::uint32_t maxBytes = 0;
+        slot.line->getByteRange(minBytes, maxBytes);
+        assert(minBytes >= leaf.minBytes && maxBytes <= leaf.maxBytes);
+        m_now.setSize(index, minBytes, maxBytes);
+        const Change change{index, minBytes - leaf.minBytes, leaf.maxBytes - maxBytes};
+        m_changes.push_back(change);
+        m_nowRising.moved(index, bound(change.grown));
+        m_nowFalling.moved(index, bound(change.shrunk));
+        collectCurrent();
+    }
+#ifndef NDEBUG
+    // Jump-table entries keep their two bytes whatever their trampoline decides.
+    if (slot.trampoline) {
+        for (const VormCodeLine* entry : slot.trampoline->getEntries()) {
+            if (entry->getLayoutSlot() == VormLine::NO_LAYOUT_SLOT)
+                continue;
+            std::uint32_t minBytes = 0;
+            std::uint32_t maxBytes = 0;
+            entry->getByteRange(minBytes, maxBytes);
+            const AddressChain::Leaf& entryLeaf = m_now.leaf(entry->getLayoutSlot());
+            assert(minBytes == entryLeaf.minBytes && maxBytes == entryLeaf.maxBytes);
+        }
+    }
+#endif
+    ++m_generation[index];
+    m_forceSensitive.erase(index);
+    if (slot.grouping->isDone()) {
+        --m_undone;
+        return;
+    }
+    // A choice that removed something may remove more next time; one that didn't is watched.
+    if (changed || choices(slot) != before || !watch(index))
+        lookNextPass(index);
+}
+
+bool IncrementalIteration::watch(std::uint32_t index)
+{
+    const Slot& slot = m_slots[index];
+    bool sensitive = slot.trampoline && slot.trampoline->getUse() == VormCodeLine::TRAMPOLINE_UNDECIDED;
+    const std::uint32_t lastSize =
+        slot.code && !slot.code->getFormats().empty() ? slot.code->getFormats().back()->getNumBytes() : 0;
+
+    std::sort(m_reads.begin(), m_reads.end(), [](const Read& a, const Read& b) {
+        return std::tie(a.here, a.there, a.addend) < std::tie(b.here, b.there, b.addend);
+    });
+    for (std::size_t first = 0; first < m_reads.size();) {
+        const Read& read = m_reads[first];
+        std::size_t last = first;
+        std::int64_t lFire = INF;
+        std::int64_t uFire = -INF;
+        std::int64_t cLow = -INF;
+        std::int64_t cHigh = INF;
+        bool watchCurrent = false;
+        DistanceLimits limits;
+        for (; last < m_reads.size() && m_reads[last].here == read.here && m_reads[last].there == read.there &&
+               m_reads[last].addend == read.addend;
+             ++last) {
+            const Read& same = m_reads[last];
+            limits = limitsOf(same.hereAddress, same.thereAddress, same.addend, *same.desc, same.bytes);
+            if (!limits.followed)
+                return false;
+            lFire = std::min(lFire, limits.lFire);
+            uFire = std::max(uFire, limits.uFire);
+            // Force removes a shorter format only while its optimistic value doesn't fit.
+            if (same.here == slot.line && same.bytes != lastSize) {
+                if (limits.match == OperandDescriptor::MATCH_POSSIBLE)
+                    sensitive = true;
+                if (limits.match == OperandDescriptor::MATCH_CURRENT) {
+                    watchCurrent = true;
+                    cLow = std::max(cLow, limits.cLow);
+                    cHigh = std::min(cHigh, limits.cHigh);
+                }
+            }
+        }
+        first = last;
+        const std::uint32_t hereSlot = read.here->getLayoutSlot();
+        const std::uint32_t thereSlot = read.there->getLayoutSlot();
+        if (hereSlot == VormLine::NO_LAYOUT_SLOT)
+            return false;
+        const bool fixed = thereSlot == VormLine::NO_LAYOUT_SLOT;
+        const VormAddress& here = read.hereAddress;
+        const VormAddress& there = read.thereAddress;
+        // L = lo - here.max rises as the target's minimum rises and the line's maximum falls; the
+        // two share the way to lFire, half each, unless the target doesn't move.
+        if (lFire != INF) {
+            const std::int64_t way = lFire - limits.L;
+            const std::int64_t share = fixed ? way : (way + 1) / 2;
+            addWatch(index, hereSlot, false, LOOK, std::int64_t{here.max} - share, here.max);
+            if (!fixed)
+                addWatch(index, thereSlot, true, LOOK, std::int64_t{there.min} + share, there.min);
+        }
+        // U = hi - here.min falls as the target's maximum falls and the line's minimum rises.
+        if (uFire != -INF) {
+            const std::int64_t way = limits.U - uFire;
+            const std::int64_t share = fixed ? way : (way + 1) / 2;
+            addWatch(index, hereSlot, true, LOOK, std::int64_t{here.min} + share, here.min);
+            if (!fixed)
+                addWatch(index, thereSlot, false, LOOK, std::int64_t{there.max} - share, there.max);
+        }
+        // C = lo - here.min leaves [cLow, cHigh] downwards only as the line's minimum rises, and
+        // upwards only as the target's minimum rises.
+        if (watchCurrent && !sensitive) {
+            if (cLow != -INF)
+                addWatch(index, hereSlot, true, FORCE, std::int64_t{here.min} + (limits.C - cLow) + 1, here.min);
+            if (cHigh != INF && !fixed)
+                addWatch(index, thereSlot, true, FORCE, std::int64_t{there.min} + (cHigh - limits.C) + 1,
+                         there.min);
+        }
+    }
+    if (sensitive)
+        m_forceSensitive.insert(index);
+    return true;
+}
+
+void IncrementalIteration::addWatch(std::uint32_t owner, std::uint32_t position, bool rising, Tag tag,
+                                    std::int64_t threshold, std::int64_t exact)
+{
+    // What stands in front of the owner is read as it is now, what stands behind as the pass before
+    // left it.
+    const bool now = position <= owner;
+    WatchList& list = now ? (rising ? m_nowRising : m_nowFalling) : (rising ? m_beforeRising : m_beforeFalling);
+    list.add(position, owner, tag, m_generation[owner], threshold, exact,
+             [this](std::uint32_t o, std::uint32_t g) { return live(o, g); });
+}
+
+void IncrementalIteration::collectCurrent()
+{
+    auto live = [this](std::uint32_t owner, std::uint32_t generation) { return this->live(owner, generation); };
+    auto fire = [this](std::uint32_t owner, std::uint32_t tag) {
+        if (m_slots[owner].grouping->isDone())
+            return;
+        if (tag == FORCE) {
+            m_forceSensitive.insert(owner);
+            return;
+        }
+        assert(owner > m_current);
+        if (!(m_queued[owner] & IN_AGENDA)) {
+            m_queued[owner] |= IN_AGENDA;
+            m_agenda.push(owner);
+        }
+    };
+    m_nowRising.collect([this](std::uint32_t p) { return std::int64_t{m_now.addressOf(p).min}; }, live, fire);
+    m_nowFalling.collect([this](std::uint32_t p) { return std::int64_t{m_now.addressOf(p).max}; }, live, fire);
+}
+
+void IncrementalIteration::endPass()
+{
+    for (const Change& change : m_changes) {
+        const AddressChain::Leaf& leaf = m_now.leaf(change.position);
+        m_before.setSize(change.position, leaf.minBytes, leaf.maxBytes);
+    }
+    for (const Change& change : m_changes) {
+        m_beforeRising.moved(change.position, bound(change.grown));
+        m_beforeFalling.moved(change.position, bound(change.shrunk));
+    }
+    m_changes.clear();
+    auto live = [this](std::uint32_t owner, std::uint32_t generation) { return this->live(owner, generation); };
+    auto fire = [this](std::uint32_t owner, std::uint32_t tag) {
+        if (m_slots[owner].grouping->isDone())
+            return;
+        if (tag == FORCE)
+            m_forceSensitive.insert(owner);
+        else
+            lookNextPass(owner);
+    };
+    m_beforeRising.collect([this](std::uint32_t p) { return std::int64_t{m_before.addressOf(p).min}; }, live, fire);
+    m_beforeFalling.collect([this](std::uint32_t p) { return std::int64_t{m_before.addressOf(p).max}; }, live, fire);
+}
+
+void IncrementalIteration::settle()
+{
+    if (m_installed) {
+        VormOperImm::instance().setAddressReader(nullptr);
+        m_installed = false;
+    }
+    VormAddress address{0, 0};
+    for (const auto& grouping : m_groupings) {
+        grouping->setAddress(address);
+        address = grouping->getNextAddress();
+    }
+}
+
+void IncrementalIteration::snapshot(std::vector<GroupingState>& states) const
+{
+    states.resize(m_slots.size());
+    VormAddress address{0, 0};
+    for (std::size_t i = 0; i < m_slots.size(); ++i) {
+        GroupingState& state = states[i];
+        state.address = address;
+        address = m_now.nextAddress(i, address);
+        state.next = address;
+        state.done = m_slots[i].grouping->isDone();
+        state.choices = choices(m_slots[i]);
+    }
+}
+
+} // namespace vorp

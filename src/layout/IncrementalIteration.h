@@ -1,0 +1,116 @@
+#pragma once
+
+#include "encoding/AddressReader.h"
+#include "layout/AddressChain.h"
+#include "layout/SizeIteration.h"
+#include "layout/WatchList.h"
+
+#include <cstdint>
+#include <functional>
+#include <queue>
+#include <set>
+#include <vector>
+
+namespace vorp {
+
+class VormCodeLine;
+class VormJTTrampoline;
+class VormLine;
+
+// The passes of the plain iteration, each at the cost of what can change in it.
+//
+// A pass of the plain loop gives every grouping the address that the sizes in front of it add up
+// to, and offers every undone one a choice, in which a pc-relative operand reads its own address
+// (set in this pass) and its target's (set in this pass if the target stands in front, left from
+// the pass before if behind). Here the addresses live in two AddressChains, one with the sizes
+// as they are now and one with the sizes at the end of the pass before, so any address either
+// way is found without a walk, and no line address is set until the end.
+//
+// A choice that changed nothing answers the same until one of the distances it looked at crosses
+// a boundary of a format's range. After each such choice its distances are turned into watches
+// on the ends of the address ranges involved (WatchList), and the grouping is looked at again
+// only when one fires. Watches on what stands in front of the grouping are moved by the changes
+// of this pass as they happen; watches on what stands behind it follow the other chain and are
+// moved at the end of the pass. A forced pass also looks at every grouping whose last answer left
+// a short format merely possible, until the first change ends the force.
+class IncrementalIteration final : public AddressReader {
+public:
+    IncrementalIteration(InstructionGroupings& groupings, VormLabels& labels, const SizeIterationHooks& hooks);
+    ~IncrementalIteration() override;
+    IncrementalIteration(const IncrementalIteration&) = delete;
+    IncrementalIteration& operator=(const IncrementalIteration&) = delete;
+
+    // Takes over after a full pass. False for a section it can't follow (an address space
+    // overflow, unusual alignments); the plain passes then go on.
+    bool start();
+    void pass(bool& force, bool& anyChanged, bool& allDone);
+    // Gives every grouping the address of the last pass, as the plain passes leave them.
+    void settle();
+    void snapshot(std::vector<GroupingState>& states) const;
+    std::uint64_t evaluations() const { return m_evaluations; }
+
+    VormAddress addressOf(const VormLine& line) override;
+    void noteDistance(const VormLine& here, const VormAddress& hereAddress, const VormLine& there,
+                      const VormAddress& thereAddress, int addend, const OperandDescriptorImm& desc,
+                      unsigned bytes) override;
+
+private:
+    struct Slot {
+        InstructionGrouping* grouping = nullptr;
+        VormLine* line = nullptr;     // for a grouping of one line
+        VormCodeLine* code = nullptr; // that line, if it is an instruction
+        VormJTTrampoline* trampoline = nullptr;
+    };
+    struct Read {
+        const VormLine* here;
+        VormAddress hereAddress;
+        const VormLine* there;
+        VormAddress thereAddress;
+        int addend;
+        const OperandDescriptorImm* desc;
+        unsigned bytes;
+    };
+    enum Tag : std::uint32_t { LOOK = 0, FORCE = 1 };
+
+    std::uint32_t choices(const Slot& slot) const;
+    void evaluate(std::uint32_t index, bool& force, bool& anyChanged);
+    // Turns the distances of the last choice into watches; false when one can't be followed.
+    bool watch(std::uint32_t index);
+    void addWatch(std::uint32_t owner, std::uint32_t position, bool rising, Tag tag, std::int64_t threshold,
+                  std::int64_t exact);
+    void collectCurrent();
+    void endPass();
+    void lookNextPass(std::uint32_t index);
+    std::uint32_t bound(std::uint32_t delta) const;
+    bool live(std::uint32_t owner, std::uint32_t generation) const { return m_generation[owner] == generation; }
+
+    InstructionGroupings& m_groupings;
+    VormLabels& m_labels;
+    const SizeIterationHooks& m_hooks;
+    std::vector<Slot> m_slots;
+    AddressChain m_now;    // sizes as they are
+    AddressChain m_before; // sizes at the end of the pass before
+    WatchList m_nowRising{true};
+    WatchList m_nowFalling{false};
+    WatchList m_beforeRising{true};
+    WatchList m_beforeFalling{false};
+    std::vector<std::uint32_t> m_generation;
+    std::vector<std::uint8_t> m_queued; // bit 1: in this pass's agenda, bit 2: for the next pass
+    std::vector<std::uint32_t> m_nextPass;
+    std::priority_queue<std::uint32_t, std::vector<std::uint32_t>, std::greater<>> m_agenda;
+    std::set<std::uint32_t> m_forceSensitive;
+    struct Change {
+        std::uint32_t position;
+        std::uint32_t grown;  // of the minimum size
+        std::uint32_t shrunk; // of the maximum size
+    };
+    std::vector<Change> m_changes;
+    std::vector<Read> m_reads;
+    std::uint32_t m_current = 0;
+    std::uint32_t m_alignment = 1; // the largest in the section
+    std::size_t m_undone = 0;
+    std::uint64_t m_evaluations = 0;
+    bool m_installed = false;
+};
+
+} // namespace vorp
