@@ -191,16 +191,15 @@ bool IncrementalIteration::start()
         }
     }
 
-    m_nowRising.reset(count);
-    m_nowFalling.reset(count);
-    m_beforeRising.reset(count);
-    m_beforeFalling.reset(count);
+    m_watches.reset(count);
     m_generation.assign(count, 0);
     m_queued.assign(count, 0);
+    m_distances.assign(count, {});
     // Every undone grouping saw the targets behind it at their widest in the first pass: all are
     // looked at in the second.
     for (std::uint32_t i = 0; i < count; ++i) {
-        if (!m_slots[i].grouping->isDone()) {
+        m_slots[i].done = m_slots[i].grouping->isDone();
+        if (!m_slots[i].done) {
             ++m_undone;
             lookNextPass(i);
         }
@@ -216,13 +215,26 @@ std::uint32_t IncrementalIteration::bound(std::uint32_t delta) const
     return roundUp(delta, m_alignment);
 }
 
-VormAddress IncrementalIteration::addressOf(const VormLine& line)
+VormAddress IncrementalIteration::addressFor(const VormLine& line, std::uint32_t owner) const
 {
     const std::uint32_t slot = line.getLayoutSlot();
     if (slot == VormLine::NO_LAYOUT_SLOT)
         return line.getAddress();
     assert(slot < m_slots.size());
-    return slot <= m_current ? m_now.addressOf(slot) : m_before.addressOf(slot);
+    return slot <= owner ? m_now.addressOf(slot) : m_before.addressOf(slot);
+}
+
+VormAddress IncrementalIteration::addressOf(const VormLine& line)
+{
+    const std::uint32_t slot = line.getLayoutSlot();
+    for (const Cached& cached : m_cache) {
+        if (cached.slot == slot && slot != VormLine::NO_LAYOUT_SLOT)
+            return cached.address;
+    }
+    const VormAddress address = addressFor(line, m_current);
+    m_cache[1] = m_cache[0];
+    m_cache[0] = Cached{slot, address};
+    return address;
 }
 
 void IncrementalIteration::noteDistance(const VormLine& here, const VormAddress& hereAddress, const VormLine& there,
@@ -271,7 +283,7 @@ void IncrementalIteration::pass(bool& force, bool& anyChanged, bool& allDone)
             m_queued[next] &= ~IN_AGENDA;
         }
         forceFrom = next + 1;
-        if (!m_slots[next].grouping->isDone())
+        if (!m_slots[next].done)
             evaluate(next, force, anyChanged);
     }
     m_current = static_cast<std::uint32_t>(m_slots.size());
@@ -284,6 +296,7 @@ void IncrementalIteration::evaluate(std::uint32_t index, bool& force, bool& anyC
 {
     m_current = index;
     m_reads.clear();
+    m_cache[0].slot = m_cache[1].slot = UINT32_MAX;
     Slot& slot = m_slots[index];
     const std::uint32_t before = choices(slot);
     const AddressChain::Leaf leaf = m_now.leaf(index);
@@ -302,9 +315,10 @@ void IncrementalIteration::evaluate(std::uint32_t index, bool& force, bool& anyC
         m_now.setSize(index, minBytes, maxBytes);
         const Change change{index, minBytes - leaf.minBytes, leaf.maxBytes - maxBytes};
         m_changes.push_back(change);
-        m_nowRising.moved(index, bound(change.grown));
-        m_nowFalling.moved(index, bound(change.shrunk));
-        collectCurrent();
+        m_watches.moved(index, bound(change.grown) + bound(change.shrunk));
+        m_watches.collect([this](std::uint32_t owner, std::uint32_t generation) { return live(owner, generation); },
+                          [this](std::uint32_t owner) { m_fired.push_back(owner); });
+        fired();
     }
 #ifndef NDEBUG
     // Jump-table entries keep their two bytes whatever their trampoline decides.
@@ -323,7 +337,9 @@ void IncrementalIteration::evaluate(std::uint32_t index, bool& force, bool& anyC
     ++m_generation[index];
     m_forceSensitive.erase(index);
     if (slot.grouping->isDone()) {
+        slot.done = true;
         --m_undone;
+        m_distances[index].clear();
         return;
     }
     // A choice that removed something may remove more next time; one that didn't is watched.
@@ -338,107 +354,97 @@ bool IncrementalIteration::watch(std::uint32_t index)
     const std::uint32_t lastSize =
         slot.code && !slot.code->getFormats().empty() ? slot.code->getFormats().back()->getNumBytes() : 0;
 
+    std::vector<Distance>& distances = m_distances[index];
+    distances.clear();
     std::sort(m_reads.begin(), m_reads.end(), [](const Read& a, const Read& b) {
         return std::tie(a.here, a.there, a.addend) < std::tie(b.here, b.there, b.addend);
     });
-    for (std::size_t first = 0; first < m_reads.size();) {
-        const Read& read = m_reads[first];
-        std::size_t last = first;
-        std::int64_t lFire = INF;
-        std::int64_t uFire = -INF;
-        std::int64_t cLow = -INF;
-        std::int64_t cHigh = INF;
-        bool watchCurrent = false;
-        DistanceLimits limits;
-        for (; last < m_reads.size() && m_reads[last].here == read.here && m_reads[last].there == read.there &&
-               m_reads[last].addend == read.addend;
-             ++last) {
-            const Read& same = m_reads[last];
-            limits = limitsOf(same.hereAddress, same.thereAddress, same.addend, *same.desc, same.bytes);
-            if (!limits.followed)
-                return false;
-            lFire = std::min(lFire, limits.lFire);
-            uFire = std::max(uFire, limits.uFire);
-            // Force removes a shorter format only while its optimistic value doesn't fit.
-            if (same.here == slot.line && same.bytes != lastSize) {
-                if (limits.match == OperandDescriptor::MATCH_POSSIBLE)
-                    sensitive = true;
-                if (limits.match == OperandDescriptor::MATCH_CURRENT) {
-                    watchCurrent = true;
-                    cLow = std::max(cLow, limits.cLow);
-                    cHigh = std::min(cHigh, limits.cHigh);
-                }
-            }
-        }
-        first = last;
-        const std::uint32_t hereSlot = read.here->getLayoutSlot();
-        const std::uint32_t thereSlot = read.there->getLayoutSlot();
-        if (hereSlot == VormLine::NO_LAYOUT_SLOT)
+    for (const Read& read : m_reads) {
+        if (read.here->getLayoutSlot() == VormLine::NO_LAYOUT_SLOT)
             return false;
-        const bool fixed = thereSlot == VormLine::NO_LAYOUT_SLOT;
-        const VormAddress& here = read.hereAddress;
-        const VormAddress& there = read.thereAddress;
-        // L = lo - here.max rises as the target's minimum rises and the line's maximum falls; the
-        // two share the way to lFire, half each, unless the target doesn't move.
-        if (lFire != INF) {
-            const std::int64_t way = lFire - limits.L;
-            const std::int64_t share = fixed ? way : (way + 1) / 2;
-            addWatch(index, hereSlot, false, LOOK, std::int64_t{here.max} - share, here.max);
-            if (!fixed)
-                addWatch(index, thereSlot, true, LOOK, std::int64_t{there.min} + share, there.min);
-        }
-        // U = hi - here.min falls as the target's maximum falls and the line's minimum rises.
-        if (uFire != -INF) {
-            const std::int64_t way = limits.U - uFire;
-            const std::int64_t share = fixed ? way : (way + 1) / 2;
-            addWatch(index, hereSlot, true, LOOK, std::int64_t{here.min} + share, here.min);
-            if (!fixed)
-                addWatch(index, thereSlot, false, LOOK, std::int64_t{there.max} - share, there.max);
-        }
-        // C = lo - here.min leaves [cLow, cHigh] downwards only as the line's minimum rises, and
-        // upwards only as the target's minimum rises.
-        if (watchCurrent && !sensitive) {
-            if (cLow != -INF)
-                addWatch(index, hereSlot, true, FORCE, std::int64_t{here.min} + (limits.C - cLow) + 1, here.min);
-            if (cHigh != INF && !fixed)
-                addWatch(index, thereSlot, true, FORCE, std::int64_t{there.min} + (cHigh - limits.C) + 1,
-                         there.min);
+        const DistanceLimits limits = limitsOf(read.hereAddress, read.thereAddress, read.addend, *read.desc, read.bytes);
+        if (!limits.followed)
+            return false;
+        if (distances.empty() || distances.back().here != read.here || distances.back().there != read.there ||
+            distances.back().addend != read.addend)
+            distances.push_back(Distance{read.here, read.there, read.addend, false, INF, -INF, -INF, INF,
+                                         read.hereAddress.min, std::int64_t{read.thereAddress.min} + read.addend});
+        Distance& distance = distances.back();
+        distance.lFire = std::min(distance.lFire, limits.lFire);
+        distance.uFire = std::max(distance.uFire, limits.uFire);
+        // Force removes a shorter format only while its optimistic value doesn't fit.
+        if (read.here == slot.line && read.bytes != lastSize) {
+            if (limits.match == OperandDescriptor::MATCH_POSSIBLE)
+                sensitive = true;
+            if (limits.match == OperandDescriptor::MATCH_CURRENT) {
+                distance.watchCurrent = true;
+                distance.cLow = std::max(distance.cLow, limits.cLow);
+                distance.cHigh = std::min(distance.cHigh, limits.cHigh);
+            }
         }
     }
     if (sensitive)
         m_forceSensitive.insert(index);
+    return arm(index, false);
+}
+
+bool IncrementalIteration::arm(std::uint32_t index, bool asRead)
+{
+    ++m_generation[index];
+    const bool sensitive = m_forceSensitive.count(index) != 0;
+    for (const Distance& distance : m_distances[index]) {
+        // The distance as it stands now, every address as it is now: what a later choice reads
+        // lies between this and what the last one read. Or, for a look later in this pass, the
+        // distance as that look would read it.
+        const std::uint32_t hereSlot = distance.here->getLayoutSlot();
+        const std::uint32_t thereSlot = distance.there->getLayoutSlot();
+        const VormAddress here = m_now.addressOf(hereSlot);
+        const VormAddress there = thereSlot == VormLine::NO_LAYOUT_SLOT ? distance.there->getAddress()
+                                  : asRead                             ? addressFor(*distance.there, index)
+                                                                       : m_now.addressOf(thereSlot);
+        const std::int64_t lo = std::int64_t{there.min} + distance.addend;
+        const std::int64_t hi = std::int64_t{there.max} + distance.addend;
+        const std::int64_t L = lo - here.max;
+        const std::int64_t U = hi - here.min;
+        if (L >= distance.lFire || U <= distance.uFire)
+            return false;
+        std::int64_t budget = std::min(distance.lFire - L, U - distance.uFire);
+        if (distance.watchCurrent && !sensitive) {
+            // C = lo - here.min left [cLow, cHigh] downwards only if the line's minimum has risen
+            // that far, upwards only if the target's minimum has.
+            const std::int64_t C = distance.targetLow - distance.hereMin;
+            const std::int64_t down = (C - distance.cLow) - (std::int64_t{here.min} - distance.hereMin);
+            const std::int64_t up = (distance.cHigh - C) - (lo - distance.targetLow);
+            if (down < 0 || up < 0)
+                m_forceSensitive.insert(index);
+            else
+                budget = std::min(budget, std::min(down, up) + 1);
+        }
+        if (budget >= INF / 2)
+            continue;
+        const std::uint32_t at = thereSlot == VormLine::NO_LAYOUT_SLOT ? hereSlot : std::max(hereSlot, thereSlot);
+        m_watches.add(at, index, m_generation[index], budget,
+                      [this](std::uint32_t owner, std::uint32_t generation) { return live(owner, generation); });
+    }
     return true;
 }
 
-void IncrementalIteration::addWatch(std::uint32_t owner, std::uint32_t position, bool rising, Tag tag,
-                                    std::int64_t threshold, std::int64_t exact)
+void IncrementalIteration::fired()
 {
-    // What stands in front of the owner is read as it is now, what stands behind as the pass before
-    // left it.
-    const bool now = position <= owner;
-    WatchList& list = now ? (rising ? m_nowRising : m_nowFalling) : (rising ? m_beforeRising : m_beforeFalling);
-    list.add(position, owner, tag, m_generation[owner], threshold, exact,
-             [this](std::uint32_t o, std::uint32_t g) { return live(o, g); });
-}
-
-void IncrementalIteration::collectCurrent()
-{
-    auto live = [this](std::uint32_t owner, std::uint32_t generation) { return this->live(owner, generation); };
-    auto fire = [this](std::uint32_t owner, std::uint32_t tag) {
-        if (m_slots[owner].grouping->isDone())
-            return;
-        if (tag == FORCE) {
-            m_forceSensitive.insert(owner);
-            return;
-        }
-        assert(owner > m_current);
-        if (!(m_queued[owner] & IN_AGENDA)) {
-            m_queued[owner] |= IN_AGENDA;
-            m_agenda.push(owner);
-        }
-    };
-    m_nowRising.collect([this](std::uint32_t p) { return std::int64_t{m_now.addressOf(p).min}; }, live, fire);
-    m_nowFalling.collect([this](std::uint32_t p) { return std::int64_t{m_now.addressOf(p).max}; }, live, fire);
+    // Watches are set anew only after the list has been gone through.
+    for (std::uint32_t owner : m_fired) {
+        if (m_slots[owner].done || arm(owner, false))
+            continue;
+        // The distance has left its limits: the grouping is looked at in the next pass, and in
+        // this one too if the distance it would read now has left them already. Else it is
+        // watched as it reads it, in case its own address moves further before its turn.
+        lookNextPass(owner);
+        if (owner <= m_current || (m_queued[owner] & IN_AGENDA) || arm(owner, true))
+            continue;
+        m_queued[owner] |= IN_AGENDA;
+        m_agenda.push(owner);
+    }
+    m_fired.clear();
 }
 
 void IncrementalIteration::endPass()
@@ -447,22 +453,7 @@ void IncrementalIteration::endPass()
         const AddressChain::Leaf& leaf = m_now.leaf(change.position);
         m_before.setSize(change.position, leaf.minBytes, leaf.maxBytes);
     }
-    for (const Change& change : m_changes) {
-        m_beforeRising.moved(change.position, bound(change.grown));
-        m_beforeFalling.moved(change.position, bound(change.shrunk));
-    }
     m_changes.clear();
-    auto live = [this](std::uint32_t owner, std::uint32_t generation) { return this->live(owner, generation); };
-    auto fire = [this](std::uint32_t owner, std::uint32_t tag) {
-        if (m_slots[owner].grouping->isDone())
-            return;
-        if (tag == FORCE)
-            m_forceSensitive.insert(owner);
-        else
-            lookNextPass(owner);
-    };
-    m_beforeRising.collect([this](std::uint32_t p) { return std::int64_t{m_before.addressOf(p).min}; }, live, fire);
-    m_beforeFalling.collect([this](std::uint32_t p) { return std::int64_t{m_before.addressOf(p).max}; }, live, fire);
 }
 
 void IncrementalIteration::settle()

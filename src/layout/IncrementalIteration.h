@@ -27,9 +27,11 @@ class VormLine;
 // way is found without a walk, and no line address is set until the end.
 //
 // A choice that changed nothing answers the same until one of the distances it looked at crosses
-// a boundary of a format's range. After each such choice its distances are turned into watches
-// on the ends of the address ranges involved (WatchList), and the grouping is looked at again
-// only when one fires. Watches on what stands in front of the grouping are moved by the changes
+// a boundary of a format's range. After each such choice its distances are kept, with how far
+// each may move, and turned into watches on the ends of the address ranges involved (WatchList).
+// A distance moves by both of its ends, so each end watches for half the way; when one fires, the
+// distance is worked out again, and only if it has really gone far enough is the grouping looked
+// at again; otherwise the watches are set anew for what is left of the way. Watches on what stands in front of the grouping are moved by the changes
 // of this pass as they happen; watches on what stands behind it follow the other chain and are
 // moved at the end of the pass. A forced pass also looks at every grouping whose last answer left
 // a short format merely possible, until the first change ends the force.
@@ -60,6 +62,19 @@ private:
         VormLine* line = nullptr;     // for a grouping of one line
         VormCodeLine* code = nullptr; // that line, if it is an instruction
         VormJTTrampoline* trampoline = nullptr;
+        bool done = false;
+    };
+    // A distance that the last choice of a grouping looked at, and the limits within which the
+    // choice answers the same (see limitsOf).
+    struct Distance {
+        const VormLine* here;
+        const VormLine* there;
+        int addend;
+        bool watchCurrent; // the optimistic value decides whether force removes a shorter format
+        std::int64_t lFire, uFire, cLow, cHigh;
+        // What the choice read: the optimistic value can move either way, so its limits hold
+        // against how far each of its ends has moved since.
+        std::int64_t hereMin, targetLow;
     };
     struct Read {
         const VormLine* here;
@@ -70,15 +85,17 @@ private:
         const OperandDescriptorImm* desc;
         unsigned bytes;
     };
-    enum Tag : std::uint32_t { LOOK = 0, FORCE = 1 };
 
     std::uint32_t choices(const Slot& slot) const;
     void evaluate(std::uint32_t index, bool& force, bool& anyChanged);
-    // Turns the distances of the last choice into watches; false when one can't be followed.
+    // Keeps the distances of the last choice and watches them; false when one can't be followed.
     bool watch(std::uint32_t index);
-    void addWatch(std::uint32_t owner, std::uint32_t position, bool rising, Tag tag, std::int64_t threshold,
-                  std::int64_t exact);
-    void collectCurrent();
+    // Sets the watches of a grouping's distances anew from where their ends are now; false when a
+    // distance has left its limits and the grouping must be looked at.
+    bool arm(std::uint32_t index, bool asRead);
+    // An address as grouping `owner` reads it: in front of it as now, behind as the pass before.
+    VormAddress addressFor(const VormLine& line, std::uint32_t owner) const;
+    void fired();
     void endPass();
     void lookNextPass(std::uint32_t index);
     std::uint32_t bound(std::uint32_t delta) const;
@@ -90,10 +107,7 @@ private:
     std::vector<Slot> m_slots;
     AddressChain m_now;    // sizes as they are
     AddressChain m_before; // sizes at the end of the pass before
-    WatchList m_nowRising{true};
-    WatchList m_nowFalling{false};
-    WatchList m_beforeRising{true};
-    WatchList m_beforeFalling{false};
+    WatchList m_watches;
     std::vector<std::uint32_t> m_generation;
     std::vector<std::uint8_t> m_queued; // bit 1: in this pass's agenda, bit 2: for the next pass
     std::vector<std::uint32_t> m_nextPass;
@@ -106,6 +120,14 @@ private:
     };
     std::vector<Change> m_changes;
     std::vector<Read> m_reads;
+    std::vector<std::vector<Distance>> m_distances;
+    std::vector<std::uint32_t> m_fired;
+    // Addresses read during one choice: the same few, many times.
+    struct Cached {
+        std::uint32_t slot;
+        VormAddress address;
+    };
+    Cached m_cache[2] = {{UINT32_MAX, {}}, {UINT32_MAX, {}}};
     std::uint32_t m_current = 0;
     std::uint32_t m_alignment = 1; // the largest in the section
     std::size_t m_undone = 0;

@@ -34,6 +34,21 @@ void WatchList::refresh(std::size_t block)
         m_min[node] = std::min(m_min[2 * node], m_min[2 * node + 1]) + m_offset[node];
 }
 
+void WatchList::lowered(std::size_t block, std::int64_t budget)
+{
+    std::size_t node = m_treeSize + block;
+    std::int64_t value = budget + m_offset[node];
+    if (value >= m_min[node])
+        return;
+    m_min[node] = value;
+    for (node /= 2; node >= 1; node /= 2) {
+        value += m_offset[node];
+        if (value >= m_min[node])
+            return;
+        m_min[node] = value;
+    }
+}
+
 void WatchList::addRange(std::size_t node, std::size_t lo, std::size_t hi, std::size_t from, std::int64_t delta)
 {
     if (hi <= from)
@@ -55,15 +70,15 @@ void WatchList::moved(std::uint32_t position, std::uint32_t bound)
         return;
     const std::size_t index = position / BLOCK;
     Block& block = m_blocks[index];
-    bool touched = false;
+    std::int64_t least = NONE;
     for (Watch& w : block.watches) {
         if (w.position > position) {
             w.budget -= bound;
-            touched = true;
+            least = std::min(least, w.budget);
         }
     }
-    if (touched)
-        refresh(index);
+    if (least != NONE)
+        lowered(index, least);
     if (index + 1 < m_treeSize)
         addRange(1, 0, m_treeSize, index + 1, -static_cast<std::int64_t>(bound));
 }

@@ -686,8 +686,8 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
     const bool force = result.force;
     // For the benchmark: how many passes each section needed.
     if (std::getenv("VORP_STATS"))
-        std::fprintf(stderr, "vorp: stats: section %s: %u format passes\n", section->getName().c_str(),
-                     result.passes);
+        std::fprintf(stderr, "vorp: stats: section %s: %u format passes, %llu evaluations\n",
+                     section->getName().c_str(), result.passes, static_cast<unsigned long long>(result.evaluations));
     if (hasScheduling) {
         for (const auto& grouping : groupings)
             grouping->commit();
