@@ -704,6 +704,7 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
         auto choose = [&](InstructionGrouping& grouping) {
             EncodingFailInfo failInfo;
             bool changed = false;
+            ++m_statistics.groupingsEvaluated;
             if (!grouping.chooseEncoder(force, m_labels, changed, failInfo))
                 noMatchingFormatError(failInfo);
             if (changed) {
@@ -747,9 +748,7 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
             m_utils->errorHandler->fatalError(true, "vorp: Error: unable to resolve encoder choice after %d loops\n",
                                               static_cast<int>(m_maxEncodingPasses));
     }
-    // For the benchmark: how many passes each section needed.
-    if (std::getenv("VORP_STATS"))
-        std::fprintf(stderr, "vorp: stats: section %s: %u format passes\n", section->getName().c_str(), pass);
+    m_statistics.formatPasses.push_back({section->getName(), pass});
     if (hasScheduling) {
         for (const auto& grouping : groupings)
             grouping->commit();
