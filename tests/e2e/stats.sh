@@ -3,12 +3,7 @@
 # format passes of every section in the order the sections were settled; without it nothing is
 # printed. A run stopped at the pass limit still shows what it counted. The pass and grouping
 # counts depend on how the format iteration goes, so they are checked for their form and bounds.
-set -u
-vorp=$1
-work=$2
-rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 1
-fail=0
-problem() { echo "$*"; fail=1; }
+. "$(dirname "${BASH_SOURCE[0]}")/script_start.sh"
 
 # Five lines of 16 tokens: bu fwd NL, nop NL, fwd : NL, .section .rodata NL, .byte 1 , 2 NL.
 printf '\tbu fwd\n\tnop\nfwd:\n\t.section .rodata\n\t.byte 1, 2\n' > a.S

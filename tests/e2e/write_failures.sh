@@ -2,12 +2,7 @@
 # An object or listing that can't be written completely fails the run: status 1, the reason on
 # standard error, and neither a partial file nor a temporary left behind, nor the stale object of
 # an earlier run. A run that succeeds leaves its files and nothing else.
-set -u
-vorp=$1
-work=$2
-rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 1
-fail=0
-problem() { echo "$*"; fail=1; }
+. "$(dirname "${BASH_SOURCE[0]}")/script_start.sh"
 
 # About 8 KB of object and 30 KB of listing.
 awk 'BEGIN { print ".section .rodata"; for (i = 0; i < 400; ++i) print ".byte 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20" }' > big.S
