@@ -54,36 +54,12 @@ bool OutputFile::open(const char* name)
 {
     m_name = name;
     struct stat status = {};
-    const bool replace = stat(name, &status) == 0 ? S_ISREG(status.st_mode) : errno == ENOENT;
-    int fd = -1;
-    if (!replace) {
+    const bool exists = stat(name, &status) == 0;
+    const bool regular = exists ? S_ISREG(status.st_mode) : errno == ENOENT;
+    int fd = regular ? createTemporary(exists ? status.st_mode : 0) : -1;
+    // A folder that takes no new file may still hold a writable output: that one is overwritten.
+    if (fd < 0 && (!regular || errno == EACCES || errno == EPERM))
         fd = ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    } else {
-        // Beside the output, so that the rename stays within one file system.
-        const std::size_t slash = m_name.rfind('/');
-        const std::string folder = slash == std::string::npos ? "" : m_name.substr(0, slash + 1);
-        for (int attempt = 0; fd < 0 && attempt < 100; ++attempt) {
-            m_temporary = folder + ".vorp-" + std::to_string(getpid()) + "-" + std::to_string(p_temporaryCount++) +
-                          ".tmp";
-            // Named for the signal handler before it exists: an interrupt may come at any point.
-            m_slot = claimSlot(m_temporary);
-            fd = ::open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-            if (fd < 0) {
-                const int reason = errno;
-                releaseSlot(m_slot);
-                errno = reason;
-                if (reason != EEXIST)
-                    break;
-            }
-        }
-        if (fd < 0) {
-            m_temporary.clear();
-            return false;
-        }
-        // The object replaces an earlier one with that one's permissions, as an overwrite would.
-        if (status.st_mode != 0)
-            fchmod(fd, status.st_mode & 07777);
-    }
     if (fd < 0)
         return false;
     m_stream = fdopen(fd, "wb");
@@ -94,8 +70,34 @@ bool OutputFile::open(const char* name)
         errno = reason;
         return false;
     }
-    m_inPlace = !replace;
+    m_device = !regular;
     return true;
+}
+
+int OutputFile::createTemporary(mode_t earlierMode)
+{
+    // Beside the output, so that the rename stays within one file system.
+    const std::size_t slash = m_name.rfind('/');
+    const std::string folder = slash == std::string::npos ? "" : m_name.substr(0, slash + 1);
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        m_temporary = folder + ".vorp-" + std::to_string(getpid()) + "-" + std::to_string(p_temporaryCount++) + ".tmp";
+        // Named for the signal handler before it exists: an interrupt may come at any point.
+        m_slot = claimSlot(m_temporary);
+        const int fd = ::open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd >= 0) {
+            // The file replaces an earlier one with that one's permissions, as an overwrite would.
+            if (earlierMode != 0)
+                fchmod(fd, earlierMode & 07777);
+            return fd;
+        }
+        const int reason = errno;
+        releaseSlot(m_slot);
+        m_temporary.clear();
+        errno = reason;
+        if (reason != EEXIST)
+            break;
+    }
+    return -1;
 }
 
 void OutputFile::writeFailed()

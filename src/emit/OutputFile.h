@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <sys/types.h>
 
 namespace vorp {
 
@@ -10,7 +11,8 @@ class ErrorHandler;
 // A file the run writes: the object or the listing. An output that is a regular file, or doesn't
 // exist yet, is written to a temporary file in the same folder, which replaces it only when it is
 // complete: no reader, and no interrupted run, ever leaves a partial file under the output name.
-// Anything else (a device, a pipe) is written in place.
+// Anything else (a device, a pipe) is written in place, and so is an output in a folder where no
+// new file can be made.
 class OutputFile {
 public:
     OutputFile() = default;
@@ -34,8 +36,8 @@ public:
 
     const std::string& name() const { return m_name; }
     bool failed() const { return m_error != 0; }
-    // True when the output is written in place: it exists and is no regular file.
-    bool inPlace() const { return m_inPlace; }
+    // True when the output is a device or pipe, written in place.
+    bool isDevice() const { return m_device; }
     // Reports the failure: "vorp: Error: unable to write 'NAME': REASON".
     void reportFailure(ErrorHandler& errors) const;
 
@@ -44,10 +46,14 @@ public:
     static void removeTemporaries();
 
 private:
+    // Creates the temporary, with the permissions of the file it will replace (0 for none); the
+    // descriptor, or -1 with errno set.
+    int createTemporary(mode_t earlierMode);
+
     std::string m_name;
     std::string m_temporary;
     std::FILE* m_stream = nullptr;
-    bool m_inPlace = false;
+    bool m_device = false;
     int m_error = 0;
     int m_slot = -1; // where the temporary's name is kept for removeTemporaries
 };

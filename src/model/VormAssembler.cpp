@@ -431,7 +431,7 @@ int VormAssembler::postParse(const char* fileSymbolName)
     // After any error the object must not survive, not even a stale one from an earlier run. A
     // device or pipe that refused the bytes is no object, though: it stays.
     if (!written || !m_errorHandler->getMakeBinary()) {
-        const bool keepOutput = object.inPlace() && (object.failed() || listing.failed());
+        const bool keepOutput = object.isDevice() && (object.failed() || listing.failed());
         object.discard();
         listing.discard();
         if (!keepOutput)
