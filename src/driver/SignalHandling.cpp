@@ -1,6 +1,7 @@
 #include "driver/SignalHandling.h"
 
 #include "diag/VorpErrorHandler.h"
+#include "emit/OutputFile.h"
 
 #include <csignal>
 #include <cstdio>
@@ -14,6 +15,8 @@ void handleSignal(int signalNumber)
         VorpErrorHandler handler;
         handler.vorpError(NoLocation(), AssErrorCodes::UNRECOVERABLE, "An unrecoverable error has occured; exiting.\n");
     }
+    // A file being written is not yet under its name; the earlier file there stays.
+    OutputFile::removeTemporaries();
     std::exit(1);
 }
 
@@ -60,7 +63,11 @@ bool installSignalHandlers()
         if (sigaction(signalNumber, &action, nullptr) != 0)
             return false;
     }
-    return true;
+    // Past a file-size limit a write fails with EFBIG, which is reported, instead of ending the
+    // process with a partial file.
+    struct sigaction ignore = {};
+    ignore.sa_handler = SIG_IGN;
+    return sigaction(SIGXFSZ, &ignore, nullptr) == 0;
 }
 
 } // namespace vorp

@@ -2,8 +2,8 @@
 
 namespace vorp {
 
-// Routes segmentation faults, interrupts and bus errors to handleSignal. False if any of the
-// handlers could not be installed.
+// Routes segmentation faults, interrupts and bus errors to handleSignal, and ignores the signal of
+// an exceeded file-size limit. False if any of the handlers could not be installed.
 bool installSignalHandlers();
 
 // Standard error is buffered; an abort that does not flush it itself (a terminate, say) flushes it
@@ -15,7 +15,7 @@ void flushDiagnosticsOnAbort();
 void useAlternateSignalStack();
 
 // A crash (signals 7 and 11) is reported as an unrecoverable error; every routed signal ends the
-// run with status 1. The output file is left alone.
+// run with status 1. The output file is left alone; a temporary file being written is removed.
 void handleSignal(int signalNumber);
 
 } // namespace vorp

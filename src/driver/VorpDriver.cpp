@@ -5,10 +5,13 @@
 #include "driver/CommandLine.h"
 #include "driver/SignalHandling.h"
 #include "frontend/AsmWriter.h"
+#include "model/RunStatistics.h"
 #include "model/VormAssembler.h"
 #include "model/VormLine.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <pthread.h>
@@ -19,6 +22,43 @@
 namespace vorp {
 
 namespace {
+
+// The statistics of the running assembler while VORP_STATS asks for them, until they are shown.
+const RunStatistics* p_statistics = nullptr;
+
+void printStatistics()
+{
+    const RunStatistics* statistics = p_statistics;
+    p_statistics = nullptr;
+    if (!statistics)
+        return;
+    auto line = [](std::uint64_t count, const char* what) {
+        std::fprintf(stderr, "vorp: stats: %llu %s\n", static_cast<unsigned long long>(count), what);
+    };
+    line(statistics->lines, "lines");
+    line(statistics->tokens, "tokens");
+    for (const RunStatistics::SectionPasses& section : statistics->formatPasses)
+        std::fprintf(stderr, "vorp: stats: section %s: %u format passes\n", section.section.c_str(), section.passes);
+    line(statistics->groupingsEvaluated, "groupings evaluated");
+    line(statistics->objectBytes, "object bytes");
+}
+
+// With VORP_STATS set in the environment, the run's statistics go to standard error at its end:
+// when this goes out of scope, or at exit() for a run that ends early (at the pass limit, say).
+class StatisticsReport {
+public:
+    explicit StatisticsReport(const RunStatistics& statistics)
+    {
+        if (!std::getenv("VORP_STATS"))
+            return;
+        p_statistics = &statistics;
+        static const bool registered = std::atexit(printStatistics) == 0;
+        (void)registered;
+    }
+    StatisticsReport(const StatisticsReport&) = delete;
+    StatisticsReport& operator=(const StatisticsReport&) = delete;
+    ~StatisticsReport() { printStatistics(); }
+};
 
 int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::string& outputName)
 {
@@ -50,6 +90,7 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::str
                             options.warnRewriteDebug,
                             options.binaryRequested ? options.binaryName.c_str() : nullptr,
                             options.maxEncodingPasses);
+    const StatisticsReport report(assembler.statistics());
     setAddressRangeOutputFile(options.outputName.c_str());
     vorpparse(assembler, inputs, options.schedule);
     return assembler.postParse(inputs.front()) != 0 ? 1 : 0;

@@ -17,6 +17,7 @@
 #include <fstream>
 #include <limits>
 #include <new>
+#include <sstream>
 
 namespace vorp {
 
@@ -622,19 +623,40 @@ void ElfHandler::setElfAddresses()
 
 bool ElfHandler::writeToFile(const char* fileName)
 {
-    setElfAddresses();
-    std::ofstream out(fileName, std::ios::out | std::ios::binary | std::ios::trunc);
-    if (!out)
+    std::FILE* out = std::fopen(fileName, "wb");
+    if (!out) {
         m_errorHandler->fatalError(true, "ERROR: Unable to open output file '%s' for writing elf\n", fileName);
-    m_header->write(out);
+        return false;
+    }
+    const bool written = write(out);
+    return std::fclose(out) == 0 && written;
+}
+
+bool ElfHandler::write(std::FILE* out)
+{
+    setElfAddresses();
+    // The headers are small: they are encoded first and written in one go.
+    std::ostringstream headers(std::ios::out | std::ios::binary);
+    m_header->write(headers);
     for (const ElfProgramHeader* header : m_programHeaders)
-        header->write(out);
+        header->write(headers);
     for (const ElfSectionHeader* header : m_sectionHeaders)
-        header->write(out);
-    for (const ElfBlock* block : m_blocks)
-        out.write(reinterpret_cast<const char*>(block->getData()), block->getSize());
-    out.close();
-    return !out.fail();
+        header->write(headers);
+    const std::string headerBytes = headers.str();
+    m_bytesWritten = 0;
+    auto put = [this, out](const void* data, std::size_t size) {
+        if (size != 0 && std::fwrite(data, 1, size, out) != size)
+            return false;
+        m_bytesWritten += size;
+        return true;
+    };
+    if (!put(headerBytes.data(), headerBytes.size()))
+        return false;
+    for (const ElfBlock* block : m_blocks) {
+        if (!put(block->getData(), block->getSize()))
+            return false;
+    }
+    return true;
 }
 
 void ElfHandler::display(FILE* out) const

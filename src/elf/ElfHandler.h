@@ -189,6 +189,10 @@ public:
 
     // Lays out and writes the file, adding ".symtab" and ".strtab". False if it couldn't be written.
     bool writeToFile(const char* fileName);
+    // The same into an open stream; false at the first failed write, with errno telling why.
+    bool write(std::FILE* out);
+    // The bytes the last write() put out.
+    std::uint64_t bytesWritten() const { return m_bytesWritten; }
     void display(FILE* out = stdout) const;
 
 private:
@@ -227,6 +231,7 @@ private:
     // The loaded ".symtab" and ".strtab", 0 for a new file.
     unsigned m_symbolSection = 0;
     unsigned m_stringSection = 0;
+    std::uint64_t m_bytesWritten = 0;
 };
 
 } // namespace vorp

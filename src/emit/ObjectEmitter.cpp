@@ -7,6 +7,7 @@
 #include "elf/ElfSectionHeader.h"
 #include "elf/ElfString.h"
 #include "elf/ElfSymbolTable.h"
+#include "emit/OutputFile.h"
 #include "metadata/EliminationBlocks.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAssembler.h"
@@ -58,7 +59,7 @@ bool ObjectEmitter::addSectionToElfFile(const VormSection* section) const
     return false;
 }
 
-bool ObjectEmitter::dumpBinary(const char* sourceName)
+bool ObjectEmitter::dumpBinary(const char* sourceName, OutputFile& object)
 {
     const auto& sections = m_assembler.getSections();
     VormLinkerExps& exps = m_assembler.getLinkerExps();
@@ -226,7 +227,19 @@ bool ObjectEmitter::dumpBinary(const char* sourceName)
             sectionCount, ElfHandler::SHN_LORESERVE);
         return false;
     }
-    elf.writeToFile(m_assembler.getOutputFile());
+    const char* outputName = m_assembler.getOutputFile();
+    if (!object.open(outputName)) {
+        m_assembler.getUtils()->errorHandler->fatalError(
+            true, "ERROR: Unable to open output file '%s' for writing elf\n", outputName);
+        return false;
+    }
+    if (!elf.write(object.stream()))
+        object.writeFailed();
+    if (!object.close()) {
+        object.reportFailure(*m_assembler.getUtils()->errorHandler);
+        return false;
+    }
+    m_assembler.statistics().objectBytes = elf.bytesWritten();
     return true;
 }
 

@@ -3,6 +3,7 @@
 namespace vorp {
 
 class ElfHandler;
+class OutputFile;
 class VormAssembler;
 class VormLabel;
 class VormSection;
@@ -13,9 +14,11 @@ class ObjectEmitter {
 public:
     explicit ObjectEmitter(VormAssembler& assembler) : m_assembler(assembler) {}
 
-    // `sourceName` names the file symbol when no .file did; null for none.
-    // False, with the reason reported, when the model can't be written as an ELF file.
-    bool dumpBinary(const char* sourceName);
+    // `sourceName` names the file symbol when no .file did; null for none. The object goes into
+    // `object`, opened on the output name and closed, but not yet committed.
+    // False, with the reason reported, when the model can't be written as an ELF file or the file
+    // can't be written.
+    bool dumpBinary(const char* sourceName, OutputFile& object);
 
 private:
     // An empty section is left out unless a label stands in it.

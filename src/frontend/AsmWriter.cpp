@@ -828,6 +828,8 @@ int vorpparse(VormAssembler& assembler, const std::vector<const char*>& files, b
     AsmWriter writer(assembler, errorHandler, schedule);
     writer.setCurrentSection(assembler.addSection(".text", "ax", "progbits", 0, "", false));
     VorpParser(tokeniser, errorHandler, writer).parse();
+    assembler.statistics().tokens = tokeniser.tokensScanned();
+    assembler.statistics().lines = tokeniser.linesScanned();
     return 0;
 }
 

@@ -290,6 +290,16 @@ void VorpTokeniser::warning(const char* format, ...)
 
 Token VorpTokeniser::scanToken()
 {
+    Token token = scanNextToken();
+    if (token.symbol != S_ENDSTREAM)
+        ++m_tokensScanned;
+    if (token.symbol == S_NEWLINE)
+        ++m_linesScanned;
+    return token;
+}
+
+Token VorpTokeniser::scanNextToken()
+{
     Token token;
     for (;;) {
         while (isBlank(m_ch))

@@ -33,6 +33,9 @@ public:
 
     // The next token; S_ENDSTREAM at the end of the input, as often as it is asked.
     Token scanToken();
+    // Tokens handed out so far, the end of the input not counted, and the line ends among them.
+    std::uint64_t tokensScanned() const { return m_tokensScanned; }
+    std::uint64_t linesScanned() const { return m_linesScanned; }
 
     // The place of the character being scanned.
     LineLocation currentLocation() const;
@@ -45,6 +48,7 @@ public:
     static int lookupDirective(std::string_view word);
 
 private:
+    Token scanNextToken();
     struct IncEvent {
         const char* file;
         std::size_t start;
@@ -83,6 +87,8 @@ private:
     // Line numbers are what the input's line markers say, any 32-bit value; counting on from the
     // largest wraps around rather than overflowing.
     std::uint32_t m_lnum = 1;
+    std::uint64_t m_tokensScanned = 0;
+    std::uint64_t m_linesScanned = 0;
     std::vector<IncEvent> m_incEvents;
     VorpErrorHandler* m_errorHandler = nullptr;
     std::string m_scanBuf;

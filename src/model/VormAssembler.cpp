@@ -7,6 +7,7 @@
 #include "encoding/EncodingFailInfo.h"
 #include "encoding/InstructionGroupingSingle.h"
 #include "emit/ObjectEmitter.h"
+#include "emit/OutputFile.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormJTTrampoline.h"
 #include "encoding/VormOperImm.h"
@@ -417,14 +418,27 @@ bool VormAssembler::runPasses()
 
 int VormAssembler::postParse(const char* fileSymbolName)
 {
-    const bool written = runPasses() && ObjectEmitter(*this).dumpBinary(fileSymbolName);
-    // After any error the object must not survive, not even a stale one from an earlier run.
+    OutputFile object;
+    OutputFile listing;
+    bool written = runPasses() && ObjectEmitter(*this).dumpBinary(fileSymbolName, object);
+    // Both files are complete before either is put in place.
+    if (written && m_listing && m_errorHandler->getMakeBinary())
+        written = printListing(listing);
+    if (written && m_errorHandler->getMakeBinary()) {
+        written = object.commit() && listing.commit();
+        if (!written)
+            (object.failed() ? object : listing).reportFailure(*m_utils->errorHandler);
+    }
+    // After any error the object must not survive, not even a stale one from an earlier run. A
+    // device or pipe that refused the bytes is no object, though: it stays.
     if (!written || !m_errorHandler->getMakeBinary()) {
-        std::remove(m_outputFile);
+        const bool keepOutput = object.isDevice() && (object.failed() || listing.failed());
+        object.discard();
+        listing.discard();
+        if (!keepOutput)
+            std::remove(m_outputFile);
         return 1;
     }
-    if (m_listing)
-        printListing((std::string(m_outputFile) + ".txt").c_str());
     return 0;
 }
 
@@ -678,16 +692,15 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
     settings.observer = m_sizeIterationObserver;
     SizeIterationHooks hooks;
     hooks.noMatchingFormat = [this](EncodingFailInfo& failInfo) { noMatchingFormatError(failInfo); };
-    hooks.passLimitReached = [this] {
+    hooks.passLimitReached = [this, section] {
+        m_statistics.formatPasses.push_back({section->getName(), m_maxEncodingPasses + 1});
         m_utils->errorHandler->fatalError(true, "vorp: Error: unable to resolve encoder choice after %d loops\n",
                                           static_cast<int>(m_maxEncodingPasses));
     };
     const SizeIterationResult result = iterateSizes(groupings, m_labels, settings, hooks);
     const bool force = result.force;
-    // For the benchmark: how many passes each section needed.
-    if (std::getenv("VORP_STATS"))
-        std::fprintf(stderr, "vorp: stats: section %s: %u format passes, %llu evaluations\n",
-                     section->getName().c_str(), result.passes, static_cast<unsigned long long>(result.evaluations));
+    m_statistics.formatPasses.push_back({section->getName(), result.passes});
+    m_statistics.groupingsEvaluated += result.evaluations;
     if (hasScheduling) {
         for (const auto& grouping : groupings)
             grouping->commit();
@@ -739,22 +752,37 @@ void VormAssembler::addDefaultNotes()
     }
 }
 
-void VormAssembler::printListing(const char* path)
+bool VormAssembler::printListing(OutputFile& listing)
 {
-    FILE* file = std::fopen(path, "w");
-    if (!file)
-        m_utils->errorHandler->fatalError(true, "vorp: Error: unable to open listing file '%s' for write\n", path);
-    for (const auto& section : m_sections)
-        printListing(file, section->getLines());
-    std::fclose(file);
+    const std::string path = std::string(m_outputFile) + ".txt";
+    if (!listing.open(path.c_str())) {
+        // The run ends here, and the object written for it goes too.
+        OutputFile::removeTemporaries();
+        m_utils->errorHandler->fatalError(true, "vorp: Error: unable to open listing file '%s' for write\n",
+                                          path.c_str());
+        return false;
+    }
+    for (const auto& section : m_sections) {
+        if (!printListing(listing.stream(), section->getLines())) {
+            listing.writeFailed();
+            break;
+        }
+    }
+    if (!listing.close()) {
+        listing.reportFailure(*m_utils->errorHandler);
+        return false;
+    }
+    return true;
 }
 
-void VormAssembler::printListing(FILE* file, LineList& lines)
+bool VormAssembler::printListing(FILE* file, LineList& lines)
 {
     for (VormLine* line : lines) {
         line->printListing(file);
-        std::fflush(file);
+        if (std::fflush(file) != 0)
+            return false;
     }
+    return true;
 }
 
 void VormAssembler::dump() const

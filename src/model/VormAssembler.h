@@ -13,6 +13,7 @@
 #include "model/VormDataLine.h"
 #include "model/VormDirectives.h"
 #include "model/VormLabels.h"
+#include "model/RunStatistics.h"
 #include "model/VormLinkerExps.h"
 #include "model/VormSection.h"
 
@@ -26,6 +27,7 @@
 
 namespace vorp {
 
+class OutputFile;
 class VormAlignDirectiveLine;
 class VormCodeLine;
 class VormJTTrampoline;
@@ -171,9 +173,15 @@ public:
     // Makes sure the object names its architecture and core revision.
     void addDefaultNotes();
 
-    // The listing: labels, data and reserved space of every section in final order.
-    void printListing(const char* path);
-    void printListing(FILE* file, LineList& lines);
+    // The listing: labels, data and reserved space of every section in final order, into
+    // `listing`, opened on the listing's name and closed, but not yet committed. False, with the
+    // reason reported, when it can't be written.
+    bool printListing(OutputFile& listing);
+    // False when a line can't be written.
+    bool printListing(FILE* file, LineList& lines);
+
+    RunStatistics& statistics() { return m_statistics; }
+    const RunStatistics& statistics() const { return m_statistics; }
 
     // Every section as text, on standard error.
     void dump() const;
@@ -223,6 +231,7 @@ private:
     std::uint32_t m_maxEncodingPasses;
     bool m_referenceSizeIteration = false;
     SizeIterationObserver* m_sizeIterationObserver = nullptr;
+    RunStatistics m_statistics;
 };
 
 } // namespace vorp

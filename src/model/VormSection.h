@@ -10,7 +10,7 @@
 
 namespace vorp {
 
-class DebugFrameProc;
+struct DebugFrameProc;
 class VormBasicBlock;
 class VormCCDirectiveLine;
 class VormLine;

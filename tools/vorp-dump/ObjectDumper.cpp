@@ -20,6 +20,14 @@ namespace {
 constexpr unsigned EXPR_RECORD_BYTES = 20;
 constexpr unsigned HEX_BYTES_PER_LINE = 16;
 
+// "#" and the number: how a section or symbol without a name is shown. Built by appending, since
+// GCC 12 at -O3 warns falsely (-Wrestrict) about a literal plus a temporary string.
+std::string numberText(unsigned long number)
+{
+    std::string text = "#";
+    text += std::to_string(number);
+    return text;
+}
 
 void appendf(std::string& out, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
@@ -210,7 +218,7 @@ std::string ObjectDumper::sectionName(unsigned sectionNo) const
 {
     const ElfSectionHeader* header = m_elf.getSectionHeader(sectionNo);
     if (!header)
-        return "#" + std::to_string(sectionNo);
+        return numberText(sectionNo);
     return nameText(header->getName(m_elf.getStrings()));
 }
 
@@ -232,7 +240,7 @@ std::string ObjectDumper::symbolName(Elf32_Word symbolNo) const
         if (!name.empty())
             return nameText(name);
     }
-    return "#" + std::to_string(symbolNo);
+    return numberText(symbolNo);
 }
 
 std::string ObjectDumper::symbolSection(Elf32_Half sectionIndex) const
@@ -245,7 +253,7 @@ std::string ObjectDumper::symbolSection(Elf32_Half sectionIndex) const
         return "COM";
     if (sectionIndex < numSections())
         return sectionName(sectionIndex);
-    return "#" + std::to_string(sectionIndex);
+    return numberText(sectionIndex);
 }
 
 std::string ObjectDumper::stringAt(Elf32_Word offset) const

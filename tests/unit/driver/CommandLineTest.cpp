@@ -143,6 +143,7 @@ TEST(SignalHandlingDeathTest, CrashesAreReportedAndInterruptsAreSilent)
     std::signal(SIGSEGV, SIG_DFL);
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGBUS, SIG_DFL);
+    std::signal(SIGXFSZ, SIG_DFL);
 }
 
 } // namespace
