@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Writes a large, compiler-like input for vorp and the equivalent Thumb input for llvm-mc.
 
-usage: gen.py LINES OUT.S [--loc] [--thumb OUT.s] [--chain N] [--alias N]
+usage: gen.py LINES OUT.S [--loc] [--switch] [--thumb OUT.s] [--chain N] [--alias N]
+       gen.py LINES OUT.S --data [--as OUT.s]
 
 The output is deterministic: the same arguments always give the same text. Functions sit in
 elimination blocks with .globl/.type/.size; the body mix is about 55% ALU and constants, 20% loads
@@ -9,8 +10,18 @@ and stores, 15% branches to local labels at short and long distances, calls and 
 data sections hold words, references and strings. --loc adds a .loc line every few instructions
 (with the compiler's own minimal .debug_info, so that they make the line table). The Thumb file
 has the same number of lines and the same shape: instruction for instruction, label for label.
+--switch adds to the functions switch statements made into jump tables, one every 40 to 80 lines
+of code (case bodies included) or a few lines after the end of a longer switch: a bounds check, a
+register branch into the table and the case bodies behind it. Most tables are the compact
+.jmptable (2-byte entries, 4 to 32 labels, dense or sparse with a few labels repeated), some
+.jmptable32 (4-byte entries, the large ones up to 128 labels); some cases lie beyond the reach of
+the short forward branch. The Thumb file does the same with tbh and a table
+of halfword offsets.
 --chain writes instead one section of N branches whose short forms depend on each other;
 --alias one chain of N .set aliases.
+--data writes instead a data-heavy unit, as firmware with tables and images: mostly .byte lines
+of 16 to 32 values, some .short and .word lines, a few labels and a table of their addresses;
+--as writes the same data for the host GNU as (x86-64), line for line.
 """
 import random
 import sys
@@ -20,15 +31,88 @@ TREGS = ["r0", "r1", "r2", "r3", "r4", "r5", "r6", "r7"]
 
 
 class Writer:
-    def __init__(self, loc):
+    def __init__(self, loc, switch=False):
         self.v = []   # vorp lines
         self.t = []   # thumb lines, one for each vorp line
         self.loc = loc
         self.line_no = 1
+        self.switch = switch  # write switch statements with jump tables
+        self.nswitch = 0
+        self.next_switch = 40
 
     def both(self, vorp, thumb):
         self.v.append(vorp)
         self.t.append(thumb)
+
+
+def simple(w, rnd):
+    # One instruction of a case body: ALU, constants, loads and stores, no branches.
+    a, b, c = rnd.choice(REGS), rnd.choice(REGS), rnd.choice(REGS)
+    ta, tb = rnd.choice(TREGS), rnd.choice(TREGS)
+    op = rnd.randrange(6)
+    k = rnd.randrange(12)
+    if op == 0:
+        w.both("\tadd %s, %s, %s" % (a, b, c), "\tadds %s, %s, %s" % (ta, tb, ta))
+    elif op == 1:
+        w.both("\tsub %s, %s, %d" % (a, b, k), "\tsubs %s, %s, #%d" % (ta, tb, k % 8))
+    elif op == 2:
+        k = rnd.randrange(64) if rnd.random() < 0.6 else rnd.randrange(64, 65536)
+        w.both("\tldc %s, %d" % (a, k), ("\tmovs %s, #%d" if k < 64 else "\tmovw %s, #%d") % (ta, k))
+    elif op == 3:
+        w.both("\tldw %s, sp[%d]" % (a, k), "\tldr %s, [sp, #%d]" % (ta, 4 * k))
+    elif op == 4:
+        w.both("\tstw %s, dp[g%d]" % (a, rnd.randrange(8)), "\tstr %s, [r7, #%d]" % (ta, 4 * k))
+    else:
+        k = rnd.choice([1, 2, 3, 4, 8, 16])
+        w.both("\tshl %s, %s, %d" % (a, b, k), "\tlsls %s, %s, #%d" % (ta, tb, k))
+
+
+def switch(w, rnd, name):
+    # A switch on r0: bounds check, computed branch into the table, case bodies, the default.
+    w.nswitch += 1
+    base = ".L%s_sw%d" % (name, w.nswitch)
+    default, end = base + "_default", base + "_end"
+    r = rnd.random()
+    # Sizes 4 to 32 (33 to 128 for the wide ones), the small ones most often.
+    n = 4 + int(29 * rnd.random() ** 2)
+    if r < 0.05:
+        kind, n = "wide", 33 + int(96 * rnd.random() ** 2)  # large: only .jmptable32 takes it
+    elif r < 0.15:
+        kind = "dense32"  # a small one with 4-byte entries
+    elif r < 0.60:
+        kind = "dense"
+    else:
+        kind, n = "sparse", rnd.randrange(4, 33)
+    if kind == "sparse":
+        # A few case bodies, each for some values; the other values take the default.
+        ncases = rnd.randrange(2, 5)
+        cases = ["%s_c%d" % (base, k) for k in range(ncases)]
+        entries = [rnd.choice(cases) if rnd.random() < 0.5 else default for _ in range(n)]
+        for k, case in enumerate(cases):
+            entries[rnd.randrange(n)] = case  # every case taken at least once
+    else:
+        cases = ["%s_c%d" % (base, k) for k in range(n)]
+        entries = list(cases)
+    directive = ".jmptable" if kind in ("dense", "sparse") else ".jmptable32"
+    w.both("\tldc r2, %d" % n, "\tmovs r2, #%d" % n)
+    w.both("\tlsu r1, r0, r2", "\tcmp r0, r2")
+    w.both("\tbf r1, %s" % default, "\tbhs %s" % default)
+    w.both("\tbru r0", "\ttbh [pc, r0, lsl #1]")
+    w.both("%s:" % base, "%s:" % base)
+    w.both("\t%s %s" % (directive, ", ".join(entries)),
+           "\t.short " + ", ".join("(%s-%s)/2" % (e, base) for e in entries))
+    # Short bodies keep the first cases near the table; in some switches one long body sends
+    # the cases after it out of the reach of the short forward branch (so do the many cases of
+    # a large table).
+    long_body = rnd.randrange(len(cases)) if rnd.random() < 0.4 else -1
+    for k, case in enumerate(cases + [default]):
+        w.both("%s:" % case, "%s:" % case)
+        length = rnd.randrange(30, 60) if k == long_body else rnd.randrange(1, 4)
+        for _ in range(length):
+            simple(w, rnd)
+        if case != default:
+            w.both("\tbu %s" % end, "\tb %s" % end)
+    w.both("%s:" % end, "%s:" % end)
 
 
 def function(w, rnd, index, nfuncs, ninstr):
@@ -44,6 +128,12 @@ def function(w, rnd, index, nfuncs, ninstr):
     labels = [".L%s_%d" % (name, k) for k in range(nlabels)]
     next_label = 0
     for i in range(ninstr):
+        if w.switch and len(w.v) >= w.next_switch:
+            # The next table 40 to 80 lines after this one, case bodies counted as code, but
+            # not straight after the end of a long switch.
+            table = len(w.v)
+            switch(w, rnd, name)
+            w.next_switch = max(table + rnd.randrange(40, 81), len(w.v) + rnd.randrange(8, 20))
         if next_label < nlabels and label_at[next_label] == i:
             w.both("%s:" % labels[next_label], "%s:" % labels[next_label])
             next_label += 1
@@ -165,9 +255,9 @@ def debug_info(w):
     w.t += ["\t.file 1 \"gen.c\""] + ["\t@"] * 14
 
 
-def program(lines, loc):
+def program(lines, loc, switches=False):
     rnd = random.Random(20261122)
-    w = Writer(loc)
+    w = Writer(loc, switches)
     w.t.append("\t.syntax unified")
     w.v.append("# generated by bench/gen.py")
     w.t.append("\t.thumb")
@@ -186,6 +276,47 @@ def program(lines, loc):
     remaining = max(0, lines - len(w.v) - 60)
     data(w, rnd, index, remaining)
     return w
+
+
+def data_unit(lines):
+    # Tables and images: .byte lines of 16 to 32 values, one line in ten .short or .word, a label
+    # every 50 to 300 lines, and at the end a table of the labels' addresses.
+    rnd = random.Random(20261125)
+    v = ["# generated by bench/gen.py", "\t.section .dp.data, \"awd\", @progbits"]
+    a = ["# generated by bench/gen.py", "\t.data"]
+    names = []
+    next_label = 0
+    while len(v) < lines - 3 - len(names) // 8:
+        if len(v) >= next_label:
+            name = "blob%d" % len(names)
+            names.append(name)
+            v += ["\t.align 4", "%s:" % name]
+            a += ["\t.p2align 2", "%s:" % name]
+            next_label = len(v) + rnd.randrange(50, 301)
+            image = rnd.random() < 0.5  # runs of zeros and ones, as bitmaps have
+        r = rnd.random()
+        if r < 0.05:
+            text = ", ".join(str(x) for x in rnd.choices(range(65536), k=rnd.randrange(8, 17)))
+            v.append("\t.short " + text)
+            a.append("\t.short " + text)
+        elif r < 0.10:
+            text = ", ".join(str(rnd.getrandbits(32)) for _ in range(rnd.randrange(4, 9)))
+            v.append("\t.word " + text)
+            a.append("\t.long " + text)
+        else:
+            n = rnd.randrange(16, 33)
+            raw = rnd.randbytes(n)
+            if image:
+                raw = bytes(0 if x < 96 else 255 if x > 192 else x for x in raw)
+            text = ",".join(str(x) for x in raw)
+            v.append("\t.byte " + text)
+            a.append("\t.byte " + text)
+    v += ["\t.align 4", "blobs:"]
+    a += ["\t.p2align 2", "blobs:"]
+    for k in range(0, len(names), 8):
+        v.append("\t.word " + ", ".join(names[k:k + 8]))
+        a.append("\t.long " + ", ".join(names[k:k + 8]))
+    return v, a
 
 
 def chain(n):
@@ -217,12 +348,18 @@ def main(argv):
     thumb = None
     if "--thumb" in argv:
         thumb = argv[argv.index("--thumb") + 1]
-    if "--chain" in argv:
+    if "--data" in argv:
+        text, gas = data_unit(lines)
+        assert len(gas) == len(text)
+        if "--as" in argv:
+            with open(argv[argv.index("--as") + 1], "w") as f:
+                f.write("\n".join(gas) + "\n")
+    elif "--chain" in argv:
         text = chain(lines)
     elif "--alias" in argv:
         text = aliases(lines)
     else:
-        w = program(lines, "--loc" in argv)
+        w = program(lines, "--loc" in argv, "--switch" in argv)
         text = w.v
         if thumb:
             assert len(w.t) == len(w.v)
