@@ -28,6 +28,9 @@ int VormExprEval::evaluateExpression(const LexTokenVector* tokens, unsigned& tok
 
 bool VormExprEval::tryEvaluateExpression(const LexTokenVector* tokens, unsigned& tokenNum, int& value)
 {
+    // The commonest operand of all, a label, needs no tree to find that it is no constant.
+    if (VormExprParse::instance().isLoneName(tokens, tokenNum))
+        return false;
     unsigned position = tokenNum;
     Operand* tree = VormExprParse::instance().parseExpression(tokens, position);
     const bool constant = ExprEval::evaluate(tree, value);

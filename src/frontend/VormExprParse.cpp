@@ -139,6 +139,16 @@ Operand* VormExprParse::parseExpressionAtLevel(int level)
     return lhs;
 }
 
+bool VormExprParse::isLoneName(const LexTokenVector* tokens, unsigned tokenNum) const
+{
+    if (tokenNum >= tokens->size() || (*tokens)[tokenNum]->symbol != S_NAME || find((*tokens)[tokenNum]))
+        return false;
+    if (tokenNum + 1 >= tokens->size())
+        return true;
+    const VormExprParseOperator* next = find((*tokens)[tokenNum + 1]);
+    return !next || !next->hasBinary();
+}
+
 Operand* VormExprParse::parseExpressionLhs()
 {
     assert(m_pos < m_tokens->size());

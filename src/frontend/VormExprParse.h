@@ -39,6 +39,9 @@ public:
 
     // Parses from `tokenNum` and leaves it behind the last token taken; the tree is the caller's.
     Operand* parseExpression(const LexTokenVector* tokens, unsigned& tokenNum);
+    // True when the expression at `tokenNum` is a name and nothing more: its tree would be that one
+    // symbol, which no evaluation can value.
+    bool isLoneName(const LexTokenVector* tokens, unsigned tokenNum) const;
 
 private:
     VormExprParse();

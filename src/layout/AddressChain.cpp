@@ -106,39 +106,60 @@ void AddressChain::setSize(std::size_t index, std::uint32_t minBytes, std::uint3
 {
     Leaf& leaf = m_leaves[index];
     assert(leaf.kind == SIZE);
+    const std::int64_t minDelta = std::int64_t{minBytes} - leaf.minBytes;
+    const std::int64_t maxDelta = std::int64_t{maxBytes} - leaf.maxBytes;
     leaf.minBytes = minBytes;
     leaf.maxBytes = maxBytes;
-    // Sizes change, alignments don't: the folded forms keep their number of steps.
-    std::size_t node = m_treeSize + index / BLOCK;
-    [[maybe_unused]] bool fits = foldBlock(index / BLOCK, m_tree[node]);
-    assert(fits);
-    for (node /= 2; node >= 1; node /= 2) {
-        fits = combine(m_tree[2 * node], m_tree[2 * node + 1], m_tree[node]);
+    // Sizes change, alignments don't: the folded forms keep their number of steps. Where a fold
+    // has no alignment it is a plain sum, and takes the change as it is.
+    for (std::size_t node = m_treeSize + index / BLOCK; node >= 1; node /= 2) {
+        Fold& fold = m_tree[node];
+        if (fold.min.numAlignments() == 0) {
+            fold.min.grow(minDelta);
+            fold.max.grow(maxDelta);
+            continue;
+        }
+        [[maybe_unused]] const bool fits = node >= m_treeSize
+                                                ? foldBlock(node - m_treeSize, fold)
+                                                : combine(m_tree[2 * node], m_tree[2 * node + 1], fold);
         assert(fits);
     }
 }
 
-void AddressChain::applyPrefix(std::size_t node, std::size_t lo, std::size_t hi, std::size_t blocks,
-                               VormAddress& address) const
+void AddressChain::applyPrefix(std::size_t blocks, VormAddress& address) const
 {
-    if (lo >= blocks)
-        return;
-    if (hi <= blocks) {
-        address.min = m_tree[node].min.apply(address.min);
-        address.max = m_tree[node].max.apply(address.max);
-        return;
+    // One path down the tree: where the prefix covers a left child whole, that child's fold.
+    std::size_t node = 1;
+    std::size_t lo = 0;
+    std::size_t hi = m_treeSize;
+    while (blocks > lo) {
+        const Fold* fold = nullptr;
+        if (hi <= blocks) {
+            fold = &m_tree[node];
+            lo = hi;
+        } else {
+            const std::size_t mid = (lo + hi) / 2;
+            if (blocks >= mid) {
+                fold = &m_tree[2 * node];
+                node = 2 * node + 1;
+                lo = mid;
+            } else {
+                node = 2 * node;
+                hi = mid;
+            }
+        }
+        if (fold) {
+            address.min = fold->min.apply(address.min);
+            address.max = fold->max.apply(address.max);
+        }
     }
-    const std::size_t mid = (lo + hi) / 2;
-    applyPrefix(2 * node, lo, mid, blocks, address);
-    applyPrefix(2 * node + 1, mid, hi, blocks, address);
 }
 
 VormAddress AddressChain::addressOf(std::size_t index) const
 {
     VormAddress address{0, 0};
     const std::size_t blocks = index / BLOCK;
-    if (blocks)
-        applyPrefix(1, 0, m_treeSize, blocks, address);
+    applyPrefix(blocks, address);
     for (std::size_t i = blocks * BLOCK; i < index; ++i)
         address = nextAddress(i, address);
     return address;

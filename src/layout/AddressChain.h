@@ -16,7 +16,7 @@ namespace vorp {
 // of two, so k stays small; a run that needs more steps than fit is refused.
 class ChainStep {
 public:
-    static constexpr std::size_t MAX_STEPS = 12;
+    static constexpr std::size_t MAX_STEPS = 8;
 
     static ChainStep add(std::uint32_t bytes)
     {
@@ -30,6 +30,11 @@ public:
     // This step followed by `next`; false when the result has too many alignments.
     bool then(const ChainStep& next);
     std::size_t numAlignments() const { return m_count; }
+    // The same with `bytes` more added in front of any alignment: only for a step without one.
+    void grow(std::int64_t bytes)
+    {
+        m_c0 = static_cast<std::uint32_t>(m_c0 + bytes);
+    }
 
 private:
     std::uint32_t m_c0 = 0;
@@ -63,7 +68,7 @@ public:
     std::size_t size() const { return m_leaves.size(); }
 
 private:
-    static constexpr std::size_t BLOCK = 32;
+    static constexpr std::size_t BLOCK = 16;
     struct Fold {
         ChainStep min;
         ChainStep max;
@@ -71,7 +76,7 @@ private:
     bool foldBlock(std::size_t block, Fold& fold) const;
     bool combine(const Fold& left, const Fold& right, Fold& out) const;
     bool rebuildNode(std::size_t node);
-    void applyPrefix(std::size_t node, std::size_t lo, std::size_t hi, std::size_t blocks, VormAddress& address) const;
+    void applyPrefix(std::size_t blocks, VormAddress& address) const;
 
     std::vector<Leaf> m_leaves;
     std::size_t m_numBlocks = 0;

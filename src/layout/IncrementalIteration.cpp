@@ -195,6 +195,7 @@ bool IncrementalIteration::start()
     m_generation.assign(count, 0);
     m_queued.assign(count, 0);
     m_distances.assign(count, {});
+    m_forceSensitive.reset(count);
     // Every undone grouping saw the targets behind it at their widest in the first pass: all are
     // looked at in the second.
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -271,11 +272,8 @@ void IncrementalIteration::pass(bool& force, bool& anyChanged, bool& allDone)
     std::uint32_t forceFrom = 0;
     for (;;) {
         std::uint32_t next = m_agenda.empty() ? UINT32_MAX : m_agenda.top();
-        if (force) {
-            auto sensitive = m_forceSensitive.lower_bound(forceFrom);
-            if (sensitive != m_forceSensitive.end())
-                next = std::min(next, *sensitive);
-        }
+        if (force)
+            next = std::min(next, m_forceSensitive.next(forceFrom));
         if (next == UINT32_MAX)
             break;
         if (!m_agenda.empty() && m_agenda.top() == next) {
@@ -391,7 +389,7 @@ bool IncrementalIteration::watch(std::uint32_t index)
 bool IncrementalIteration::arm(std::uint32_t index, bool asRead)
 {
     ++m_generation[index];
-    const bool sensitive = m_forceSensitive.count(index) != 0;
+    const bool sensitive = m_forceSensitive.contains(index);
     for (const Distance& distance : m_distances[index]) {
         // The distance as it stands now, every address as it is now: what a later choice reads
         // lies between this and what the last one read. Or, for a look later in this pass, the

@@ -2,13 +2,13 @@
 
 #include "encoding/AddressReader.h"
 #include "layout/AddressChain.h"
+#include "layout/IndexSet.h"
 #include "layout/SizeIteration.h"
 #include "layout/WatchList.h"
 
 #include <cstdint>
 #include <functional>
 #include <queue>
-#include <set>
 #include <vector>
 
 namespace vorp {
@@ -112,7 +112,7 @@ private:
     std::vector<std::uint8_t> m_queued; // bit 1: in this pass's agenda, bit 2: for the next pass
     std::vector<std::uint32_t> m_nextPass;
     std::priority_queue<std::uint32_t, std::vector<std::uint32_t>, std::greater<>> m_agenda;
-    std::set<std::uint32_t> m_forceSensitive;
+    IndexSet m_forceSensitive;
     struct Change {
         std::uint32_t position;
         std::uint32_t grown;  // of the minimum size

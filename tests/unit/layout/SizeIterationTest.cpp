@@ -2,6 +2,7 @@
 // failure under a pass limit, the same object.
 
 #include "layout/AddressChain.h"
+#include "layout/IndexSet.h"
 #include "layout/IterationComparison.h"
 #include "layout/RandomProgram.h"
 
@@ -74,6 +75,23 @@ TEST(AddressChainTest, RefusesAlignmentsThatAreNoPowerOfTwo)
     EXPECT_FALSE(chain.build({{AddressChain::ALIGN, 6, 6}}));
     EXPECT_TRUE(chain.build({{AddressChain::ALIGN, 0, 0}, {AddressChain::ALIGN, 1, 1}, {AddressChain::SIZE, 3, 5}}));
     EXPECT_EQ(chain.addressOf(3).max, 5u);
+}
+
+TEST(IndexSetTest, NextMemberAcrossEmptyWords)
+{
+    IndexSet set;
+    set.reset(300000);
+    for (std::uint32_t index : {5u, 64u, 4095u, 4096u, 200000u, 300000u})
+        set.insert(index);
+    std::vector<std::uint32_t> walked;
+    for (std::uint32_t at = set.next(0); at != IndexSet::NONE; at = set.next(at + 1))
+        walked.push_back(at);
+    EXPECT_EQ(walked, (std::vector<std::uint32_t>{5, 64, 4095, 4096, 200000, 300000}));
+    set.erase(4096);
+    set.erase(4095);
+    EXPECT_EQ(set.next(65), 200000u);
+    EXPECT_FALSE(set.contains(4096));
+    EXPECT_EQ(set.next(300001), IndexSet::NONE);
 }
 
 // The cases of the end-to-end suite that assemble an input file, with their own options.
