@@ -98,13 +98,27 @@ const WordMap& directiveMap()
     return map;
 }
 
-const WordMap& registerMap()
+// r0 to r11, cp, dp, sp, lr, as written (no other case); -1 for any other word. Asked for every
+// operand of every format tried, so it reads the few letters instead of hashing.
+int registerNumber(const char* text)
 {
-    static const WordMap map = {
-        {"r0", 0}, {"r1", 1}, {"r2", 2},   {"r3", 3},   {"r4", 4},   {"r5", 5},   {"r6", 6},   {"r7", 7},
-        {"r8", 8}, {"r9", 9}, {"r10", 10}, {"r11", 11}, {"cp", 12},  {"dp", 13},  {"sp", 14},  {"lr", 15},
-    };
-    return map;
+    if (!text[0] || !text[1])
+        return -1;
+    if (text[0] == 'r' && text[1] >= '0' && text[1] <= '9') {
+        if (!text[2])
+            return text[1] - '0';
+        if (text[1] == '1' && (text[2] == '0' || text[2] == '1') && !text[3])
+            return 10 + (text[2] - '0');
+        return -1;
+    }
+    if (text[2])
+        return -1;
+    static constexpr const char* NAMED[] = {"cp", "dp", "sp", "lr"};
+    for (int i = 0; i < 4; ++i) {
+        if (text[0] == NAMED[i][0] && text[1] == NAMED[i][1])
+            return 12 + i;
+    }
+    return -1;
 }
 
 bool isLetter(int c)
@@ -652,10 +666,10 @@ bool VorpTokeniser::getRegisterNum(const Token& token, int& number)
 {
     if (token.symbol != S_NAME || !token.text)
         return false;
-    const auto found = registerMap().find(token.text);
-    if (found == registerMap().end())
+    const int found = registerNumber(token.text);
+    if (found < 0)
         return false;
-    number = found->second;
+    number = found;
     return true;
 }
 
