@@ -42,8 +42,10 @@ bool fitsInt(std::int64_t value)
     return value > std::numeric_limits<std::int32_t>::min() && value <= std::numeric_limits<std::int32_t>::max();
 }
 
+// With `overlapOnly`, only whether the value range still meets a range counts: for a format of the
+// longest size, which no answer but "no" removes.
 DistanceLimits limitsOf(const VormAddress& here, const VormAddress& there, int addend,
-                        const OperandDescriptorImm& desc, unsigned bytes)
+                        const OperandDescriptorImm& desc, unsigned bytes, bool overlapOnly)
 {
     DistanceLimits limits;
     const std::int64_t lo = std::int64_t{there.min} + addend;
@@ -79,7 +81,7 @@ DistanceLimits limitsOf(const VormAddress& here, const VormAddress& there, int a
     std::int64_t above = INF;  // first point above it
     for (const OperandDescriptor::Range& range : desc.getRanges()) {
         for (const std::int64_t point : {std::int64_t{range.first}, std::int64_t{range.second} + 1}) {
-            if (point > low)
+            if (point > low && (!overlapOnly || point != range.first))
                 nextLow = std::min(nextLow, point);
             if (point <= now)
                 below = std::max(below, point);
@@ -87,7 +89,7 @@ DistanceLimits limitsOf(const VormAddress& here, const VormAddress& there, int a
                 above = std::min(above, point);
         }
         for (const std::int64_t point : {std::int64_t{range.second}, std::int64_t{range.first} - 1}) {
-            if (point < high)
+            if (point < high && (!overlapOnly || point != range.second))
                 nextHigh = std::max(nextHigh, point);
         }
     }
@@ -245,6 +247,18 @@ void IncrementalIteration::noteDistance(const VormLine& here, const VormAddress&
     m_reads.push_back(Read{&here, hereAddress, &there, thereAddress, addend, &desc, bytes});
 }
 
+bool IncrementalIteration::twoSizes(const VormCodeLine* code)
+{
+    if (!code || code->getFormats().empty())
+        return true;
+    const auto& formats = code->getFormats();
+    const int shortest = formats.front()->getNumBytes();
+    const int longest = formats.back()->getNumBytes();
+    return std::all_of(formats.begin(), formats.end(), [&](const EncoderFormat* format) {
+        return format->getNumBytes() == shortest || format->getNumBytes() == longest;
+    });
+}
+
 std::uint32_t IncrementalIteration::choices(const Slot& slot) const
 {
     return openChoices(slot.code, slot.trampoline);
@@ -296,8 +310,8 @@ void IncrementalIteration::evaluate(std::uint32_t index, bool& force, bool& anyC
     m_reads.clear();
     m_cache[0].slot = m_cache[1].slot = UINT32_MAX;
     Slot& slot = m_slots[index];
-    const std::uint32_t before = choices(slot);
     const AddressChain::Leaf leaf = m_now.leaf(index);
+    const std::uint32_t before = choices(slot);
     EncodingFailInfo failInfo;
     bool changed = false;
     ++m_evaluations;
@@ -340,8 +354,11 @@ void IncrementalIteration::evaluate(std::uint32_t index, bool& force, bool& anyC
         m_distances[index].clear();
         return;
     }
-    // A choice that removed something may remove more next time; one that didn't is watched.
-    if (changed || choices(slot) != before || !watch(index))
+    // A choice that changed the size may remove more next time. One that removed formats but kept
+    // the size gives the same answers again for the same distances when no format lies between
+    // the shortest and the longest: these two are then still of the sizes they were, which is all
+    // that a choice reads of the formats besides their own answers. Such a choice is watched.
+    if (changed || (choices(slot) != before && !twoSizes(slot.code)) || !watch(index))
         lookNextPass(index);
 }
 
@@ -360,7 +377,14 @@ bool IncrementalIteration::watch(std::uint32_t index)
     for (const Read& read : m_reads) {
         if (read.here->getLayoutSlot() == VormLine::NO_LAYOUT_SLOT)
             return false;
-        const DistanceLimits limits = limitsOf(read.hereAddress, read.thereAddress, read.addend, *read.desc, read.bytes);
+        // A format of the longest size, when there is a shorter one, stays unless no range is met:
+        // whether a range holds all values makes no difference to it.
+        const auto* hereCode = static_cast<const VormCodeLine*>(read.here);
+        const auto& formats = hereCode->getFormats();
+        const bool overlapOnly = !formats.empty() && read.bytes == static_cast<unsigned>(formats.back()->getNumBytes()) &&
+                                 formats.front()->getNumBytes() != formats.back()->getNumBytes();
+        const DistanceLimits limits =
+            limitsOf(read.hereAddress, read.thereAddress, read.addend, *read.desc, read.bytes, overlapOnly);
         if (!limits.followed)
             return false;
         if (distances.empty() || distances.back().here != read.here || distances.back().there != read.there ||

@@ -87,6 +87,8 @@ private:
     };
 
     std::uint32_t choices(const Slot& slot) const;
+    // No format left lies in size between the shortest and the longest.
+    static bool twoSizes(const VormCodeLine* code);
     void evaluate(std::uint32_t index, bool& force, bool& anyChanged);
     // Keeps the distances of the last choice and watches them; false when one can't be followed.
     bool watch(std::uint32_t index);
