@@ -26,8 +26,8 @@ of 16 to 32 values, some .short and .word lines, a few labels and a table of the
 import random
 import sys
 
-# Functions a call may reach across (about 200 bytes each, well inside a bl's reach).
-CALL_WINDOW = 4000
+# Functions a call may reach across (a few hundred bytes each: well inside a bl's reach).
+CALL_WINDOW = 1500
 
 REGS = ["r0", "r1", "r2", "r3", "r4", "r5", "r6", "r7", "r8", "r9", "r10", "r11"]
 TREGS = ["r0", "r1", "r2", "r3", "r4", "r5", "r6", "r7"]
