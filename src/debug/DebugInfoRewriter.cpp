@@ -102,7 +102,7 @@ bool DebugInfoRewriter::rewriteDebugInfoSize(VormSection* section, LinePosition 
     if (first == section->getLines().end() || (*first)->getType() != DATA_LINE)
         return false;
     auto* line = static_cast<VormDataLine*>(*first);
-    if (line->getDataType() != VormDataLine::WORD || line->getOperands().size() != 1)
+    if (line->getDataType() != VormDataLine::WORD || line->numEntries() != 1)
         return false;
     // The length counts from the end of the length field to the end of the unit.
     return rewriteAsLabelDiff(section, line, std::next(first), end);
@@ -111,7 +111,7 @@ bool DebugInfoRewriter::rewriteDebugInfoSize(VormSection* section, LinePosition 
 bool DebugInfoRewriter::rewriteAsLabelDiff(VormSection* section, VormDataLine* dataLine, LinePosition from,
                                            LinePosition to)
 {
-    if (dataLine->getDataType() != VormDataLine::WORD || dataLine->getOperands().empty())
+    if (dataLine->getDataType() != VormDataLine::WORD || dataLine->numEntries() == 0)
         return false;
     const LineLocation location = dataLine->getLocation();
     VormLabels& labels = m_assembler.getLabels();

@@ -86,6 +86,31 @@ void VormDataLine::init(VormAssembler& assembler)
             currentLabel = assembler.getLabels().addUniqueDefinedLabel(this);
         compileOperand(assembler, i, currentLabel);
     }
+    if (m_operands.empty() || requiresRelocations())
+        return;
+    m_values.reserve(m_operands.size());
+    m_texts.reserve(m_operands.size());
+    for (Operand* operand : m_operands) {
+        m_values.push_back(integerValue(operand));
+        m_texts.push_back(tokenCharStar(&operand->getToken(0)));
+        Operand::deepFree(operand);
+    }
+    std::vector<Operand*>().swap(m_operands);
+    std::vector<VormLabel*>().swap(m_labels);
+}
+
+void VormDataLine::expandConstants()
+{
+    for (std::size_t i = 0; i < m_values.size(); ++i) {
+        Token token = newUnsignedConstToken(m_values[i], m_location.getLine(), m_location.getFile());
+        token.constantText = m_texts[i];
+        auto* operand = new Operand(Operand::INTEGER);
+        operand->addToken(token);
+        m_operands.push_back(operand);
+    }
+    m_labels.assign(m_operands.size(), nullptr);
+    std::vector<std::uint32_t>().swap(m_values);
+    std::vector<const char*>().swap(m_texts);
 }
 
 void VormDataLine::compileOperand(VormAssembler& assembler, unsigned index, VormLabel* currentLabel)
@@ -97,6 +122,8 @@ void VormDataLine::compileOperand(VormAssembler& assembler, unsigned index, Vorm
 
 void VormDataLine::replaceOperand(VormAssembler& assembler, unsigned num, Operand* operand)
 {
+    if (m_operands.empty())
+        expandConstants();
     assert(num <= m_operands.size());
     Operand::deepFree(m_operands[num]);
     m_labels[num] = nullptr;
@@ -132,17 +159,25 @@ std::uint32_t VormDataLine::getEntrySize(const Operand* operand) const
         return getEntrySize();
     if (operand->getOpcode() != Operand::INTEGER)
         return 5;
-    const std::uint32_t value = integerValue(operand);
+    return valueSize(integerValue(operand));
+}
+
+std::uint32_t VormDataLine::valueSize(std::uint32_t value) const
+{
+    if (!hasVariableEntrySize())
+        return getEntrySize();
     return m_type == ULEB128 ? ulebSize(value) : slebSize(static_cast<std::int32_t>(value));
 }
 
 std::uint32_t VormDataLine::getSize() const
 {
     if (!hasVariableEntrySize())
-        return getEntrySize() * static_cast<std::uint32_t>(m_operands.size());
+        return getEntrySize() * static_cast<std::uint32_t>(numEntries());
     std::uint32_t size = 0;
     for (const Operand* operand : m_operands)
         size += getEntrySize(operand);
+    for (const std::uint32_t value : m_values)
+        size += valueSize(value);
     return size;
 }
 
@@ -176,6 +211,8 @@ void VormDataLine::encode(std::uint8_t* buffer, Relocations& relocations, VormAs
 {
     assert(m_labels.size() == m_operands.size());
     std::uint8_t* out = buffer;
+    for (const std::uint32_t value : m_values)
+        out = writeValue(out, value);
     for (unsigned i = 0; i < m_operands.size(); ++i) {
         const std::uint32_t size = getEntrySize(m_operands[i]);
         if (m_labels[i]) {
@@ -187,22 +224,27 @@ void VormDataLine::encode(std::uint8_t* buffer, Relocations& relocations, VormAs
             continue;
         }
         assert(m_operands[i]->getOpcode() == Operand::INTEGER);
-        const std::uint32_t value = integerValue(m_operands[i]);
-        if (m_type == ULEB128) {
-            out = writeUleb(out, value);
-        } else if (m_type == SLEB128) {
-            out = writeSleb(out, static_cast<std::int32_t>(value));
-        } else {
-            for (std::uint32_t b = 0; b < size; ++b)
-                out[b] = static_cast<std::uint8_t>(value >> (8 * b));
-            out += size;
-        }
+        out = writeValue(out, integerValue(m_operands[i]));
     }
+}
+
+std::uint8_t* VormDataLine::writeValue(std::uint8_t* out, std::uint32_t value) const
+{
+    if (m_type == ULEB128)
+        return writeUleb(out, value);
+    if (m_type == SLEB128)
+        return writeSleb(out, static_cast<std::int32_t>(value));
+    const std::uint32_t size = getEntrySize();
+    for (std::uint32_t b = 0; b < size; ++b)
+        out[b] = static_cast<std::uint8_t>(value >> (8 * b));
+    return out + size;
 }
 
 void VormDataLine::dump(std::ostream& out) const
 {
     out << getDirectiveName() << ' ';
+    for (std::size_t i = 0; i < m_texts.size(); ++i)
+        out << (i ? ", " : "") << m_texts[i];
     for (unsigned i = 0; i < m_operands.size(); ++i) {
         if (i)
             out << ", ";

@@ -36,10 +36,13 @@ public:
     // For the fixed types only.
     std::uint32_t getEntrySize() const;
     std::uint32_t getEntrySize(const Operand* operand) const;
+    // The number of entries, constant or not.
+    std::size_t numEntries() const { return m_operands.empty() ? m_values.size() : m_operands.size(); }
     bool hasVariableEntrySize() const { return m_type == ULEB128 || m_type == SLEB128; }
     bool requiresRelocations() const;
     std::uint32_t getRelocationType() const;
     const char* getDirectiveName() const;
+    // The entries' trees and labels; both empty for a line of constants only, which keeps values.
     const std::vector<Operand*>& getOperands() const { return m_operands; }
     const std::vector<VormLabel*>& getLabels() const { return m_labels; }
     // Replaces one entry (debug rewriting); the new operand is folded and compiled like the others.
@@ -50,11 +53,19 @@ public:
 
 private:
     void compileOperand(VormAssembler& assembler, unsigned index, VormLabel* currentLabel);
+    std::uint32_t valueSize(std::uint32_t value) const;
+    std::uint8_t* writeValue(std::uint8_t* out, std::uint32_t value) const;
+    // Trees again for a line of constants, for an entry to be replaced.
+    void expandConstants();
 
     LineLocation m_location;
     Type m_type;
     std::vector<Operand*> m_operands;
     std::vector<VormLabel*> m_labels;
+    // A line of constants only (tables, images: most data) keeps each entry as its value and the
+    // text it was written as, instead of a tree and a null label.
+    std::vector<std::uint32_t> m_values;
+    std::vector<const char*> m_texts;
 };
 
 } // namespace vorp
