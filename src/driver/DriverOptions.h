@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/AssemblerOptions.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -21,6 +23,24 @@ struct DriverOptions {
     bool rewriteDebug = true;
     bool warnRewriteDebug = false;
     std::uint32_t maxEncodingPasses = 4000;
+
+    // The assembler's share of it, for a run started in `workingDir`.
+    AssemblerOptions assemblerOptions(std::string workingDir) const
+    {
+        AssemblerOptions options;
+        options.sourcePath = inputFiles.empty() ? "-" : inputFiles.front();
+        options.workingDir = std::move(workingDir);
+        options.outputFile = outputName;
+        options.listing = listing;
+        options.verbose = verbose;
+        options.binaryDump = binaryRequested;
+        options.binaryDumpFile = binaryName;
+        options.debug = debugInfo;
+        options.rewriteDebug = rewriteDebug;
+        options.warnRewriteDebug = warnRewriteDebug;
+        options.maxEncodingPasses = maxEncodingPasses;
+        return options;
+    }
 };
 
 } // namespace vorp

@@ -84,12 +84,7 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::str
     for (const std::string& name : options.inputFiles)
         inputs.push_back(name.c_str());
 
-    VormAssembler assembler(options.inputFiles.front(), workingDir, &utils, options.outputName.c_str(),
-                            options.listing, options.verbose, VormAssembler::TL3B, &errorHandler,
-                            options.binaryRequested, options.debugInfo, options.rewriteDebug,
-                            options.warnRewriteDebug,
-                            options.binaryRequested ? options.binaryName.c_str() : nullptr,
-                            options.maxEncodingPasses);
+    VormAssembler assembler(options.assemblerOptions(workingDir), &utils, &errorHandler);
     const StatisticsReport report(assembler.statistics());
     setAddressRangeOutputFile(options.outputName.c_str());
     vorpparse(assembler, inputs, options.schedule);

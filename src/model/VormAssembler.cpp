@@ -41,16 +41,9 @@ LineLocation unknownLocation()
 
 } // namespace
 
-VormAssembler::VormAssembler(std::string sourcePath, std::string workingDir, TelkUtils* utils,
-                             const char* outputFile, bool listing, bool verbose, Arch arch,
-                             VorpErrorHandler* errorHandler, bool binaryDump, bool debug, bool rewriteDebug,
-                             bool warnRewriteDebug, const char* binaryDumpFile, std::uint32_t maxEncodingPasses)
+VormAssembler::VormAssembler(AssemblerOptions options, TelkUtils* utils, VorpErrorHandler* errorHandler)
     : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler), m_debugLine(errorHandler),
-      m_arch(arch), m_utils(utils),
-      m_sourcePath(std::move(sourcePath)), m_workingDir(std::move(workingDir)), m_outputFile(outputFile),
-      m_binaryDumpFile(binaryDumpFile), m_listing(listing), m_binaryDump(binaryDump), m_debug(debug),
-      m_rewriteDebug(rewriteDebug), m_warnRewriteDebug(warnRewriteDebug), m_verbose(verbose),
-      m_maxEncodingPasses(maxEncodingPasses)
+      m_arch(options.arch), m_utils(utils), m_options(std::move(options))
 {
     VormExprEval::instance().setErrorHandler(errorHandler);
     VormOperImm::instance().setErrorHandler(errorHandler);
@@ -388,7 +381,7 @@ void VormAssembler::noMatchingFormatError(EncodingFailInfo& failInfo)
                                   failInfo.m_instruction.c_str(), failInfo.m_value,
                                   failInfo.m_ranges.size() == 1 ? " is" : "s are", list.c_str());
     }
-    if (m_verbose) {
+    if (m_options.verbose) {
         fprintf(stderr, "       Known formats for '%s':\n", failInfo.m_instruction.c_str());
         const Encoder* encoder = findEncoder(failInfo.m_instruction.c_str(), SYNTAX_DEFAULT);
         assert(encoder);
@@ -401,7 +394,7 @@ bool VormAssembler::runPasses()
 {
     auto ok = [this] { return m_errorHandler->getMakeBinary(); };
     checkForUnterminatedCCTop();
-    if (ok() && m_rewriteDebug)
+    if (ok() && m_options.rewriteDebug)
         rewriteDwarf();
     if (ok())
         expandDirectives();
@@ -422,7 +415,7 @@ int VormAssembler::postParse(const char* fileSymbolName)
     OutputFile listing;
     bool written = runPasses() && ObjectEmitter(*this).dumpBinary(fileSymbolName, object);
     // Both files are complete before either is put in place.
-    if (written && m_listing && m_errorHandler->getMakeBinary())
+    if (written && m_options.listing && m_errorHandler->getMakeBinary())
         written = printListing(listing);
     if (written && m_errorHandler->getMakeBinary()) {
         written = object.commit() && listing.commit();
@@ -436,7 +429,7 @@ int VormAssembler::postParse(const char* fileSymbolName)
         object.discard();
         listing.discard();
         if (!keepOutput)
-            std::remove(m_outputFile);
+            std::remove(getOutputFile());
         return 1;
     }
     return 0;
@@ -453,7 +446,7 @@ void VormAssembler::checkForUnterminatedCCTop()
 
 void VormAssembler::rewriteDwarf()
 {
-    DebugInfoRewriter(*this, m_warnRewriteDebug).rewriteDwarf();
+    DebugInfoRewriter(*this, m_options.warnRewriteDebug).rewriteDwarf();
 }
 
 void VormAssembler::expandDirectives()
@@ -473,8 +466,8 @@ void VormAssembler::expandDirectives()
 
 void VormAssembler::emitDefaultDwarfSections()
 {
-    m_debugInfo.setName(m_sourcePath);
-    m_debugInfo.setCompDir(m_workingDir);
+    m_debugInfo.setName(m_options.sourcePath);
+    m_debugInfo.setCompDir(m_options.workingDir);
     m_debugInfo.setProducer("vorp");
     m_debugInfo.encode(*this);
 }
@@ -497,7 +490,7 @@ bool VormAssembler::shouldGenDwarfFromLoc() const
 bool VormAssembler::shouldGenDwarfFromLines() const
 {
     // "debug_line" without its dot, as it always was: a ".debug_line" of the input doesn't stop it.
-    return m_debug && !isSection(".debug_info") && !isSection("debug_line");
+    return m_options.debug && !isSection(".debug_info") && !isSection("debug_line");
 }
 
 bool VormAssembler::addToDebugLine(VormSection* section, LinePosition position, bool inCC)
@@ -687,15 +680,15 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
     getInstructionGroupings(section, groupings, hasScheduling);
 
     SizeIterationSettings settings;
-    settings.maxPasses = m_maxEncodingPasses;
-    settings.incremental = !m_referenceSizeIteration;
-    settings.observer = m_sizeIterationObserver;
+    settings.maxPasses = m_options.maxEncodingPasses;
+    settings.incremental = !m_options.referenceSizeIteration;
+    settings.observer = m_options.sizeIterationObserver;
     SizeIterationHooks hooks;
     hooks.noMatchingFormat = [this](EncodingFailInfo& failInfo) { noMatchingFormatError(failInfo); };
     hooks.passLimitReached = [this, section] {
-        m_statistics.formatPasses.push_back({section->getName(), m_maxEncodingPasses + 1});
+        m_statistics.formatPasses.push_back({section->getName(), m_options.maxEncodingPasses + 1});
         m_utils->errorHandler->fatalError(true, "vorp: Error: unable to resolve encoder choice after %d loops\n",
-                                          static_cast<int>(m_maxEncodingPasses));
+                                          static_cast<int>(m_options.maxEncodingPasses));
     };
     const SizeIterationResult result = iterateSizes(groupings, m_labels, settings, hooks);
     const bool force = result.force;
@@ -754,7 +747,7 @@ void VormAssembler::addDefaultNotes()
 
 bool VormAssembler::printListing(OutputFile& listing)
 {
-    const std::string path = std::string(m_outputFile) + ".txt";
+    const std::string path = m_options.outputFile + ".txt";
     if (!listing.open(path.c_str())) {
         // The run ends here, and the object written for it goes too.
         OutputFile::removeTemporaries();

@@ -10,6 +10,7 @@
 #include "frontend/Token.h"
 #include "metadata/NoteMemo.h"
 #include "metadata/ZebInfo.h"
+#include "model/AssemblerOptions.h"
 #include "model/VormDataLine.h"
 #include "model/VormDirectives.h"
 #include "model/VormLabels.h"
@@ -44,7 +45,8 @@ class SizeIterationObserver;
 // else the source defines, and turns them into an object file by a fixed sequence of passes.
 class VormAssembler {
 public:
-    enum Arch { TL3B = 0 };
+    using Arch = AssemblerOptions::Arch;
+    static constexpr Arch TL3B = AssemblerOptions::TL3B;
     enum Syntax { SYNTAX_DEFAULT = 0, SYNTAX_ARCHITECTURAL = 1 };
 
     static constexpr std::uint32_t SHF_WRITE = ElfHandler::SHF_WRITE;
@@ -53,10 +55,7 @@ public:
     static constexpr std::uint32_t SHF_MERGE = ElfHandler::SHF_MERGE;
     static constexpr std::uint32_t SHF_STRINGS = ElfHandler::SHF_STRINGS;
 
-    VormAssembler(std::string sourcePath, std::string workingDir, TelkUtils* utils, const char* outputFile,
-                  bool listing, bool verbose, Arch arch, VorpErrorHandler* errorHandler, bool binaryDump,
-                  bool debug, bool rewriteDebug, bool warnRewriteDebug, const char* binaryDumpFile,
-                  std::uint32_t maxEncodingPasses);
+    VormAssembler(AssemblerOptions options, TelkUtils* utils, VorpErrorHandler* errorHandler);
     VormAssembler(const VormAssembler&) = delete;
     VormAssembler& operator=(const VormAssembler&) = delete;
     virtual ~VormAssembler();
@@ -81,9 +80,10 @@ public:
     // get none.
     bool addToDebugLine(VormSection* section, LinePosition position, bool inCC);
     VorpErrorHandler& getErrorHandler() { return *m_errorHandler; }
-    bool getDebug() const { return m_debug; }
+    bool getDebug() const { return m_options.debug; }
+    const AssemblerOptions& getOptions() const { return m_options; }
     TelkUtils* getUtils() const { return m_utils; }
-    const char* getOutputFile() const { return m_outputFile; }
+    const char* getOutputFile() const { return m_options.outputFile.c_str(); }
 
     // Sections. A name seen before gives the existing section; what the new request says is then
     // ignored, unchecked. Otherwise flags and type are judged (errors 6, 47) and the section is made.
@@ -156,9 +156,7 @@ public:
     VormJTTrampoline* addJTTrampoline(VormSection* section, std::unique_ptr<TokenLine> tokens);
     // Reports an instruction that no format fits (errors 48, 49) and ends the run.
     [[noreturn]] void noMatchingFormatError(EncodingFailInfo& failInfo);
-    // For tests: run the plain passes instead of the incremental ones, and watch every pass.
-    void setReferenceSizeIteration(bool reference) { m_referenceSizeIteration = reference; }
-    void setSizeIterationObserver(SizeIterationObserver* observer) { m_sizeIterationObserver = observer; }
+
 
     // The units the format iteration walks for a section; `hasScheduling` says whether any of them
     // is a scheduled block.
@@ -218,19 +216,7 @@ private:
     // The same sections by name: a generated file may hold tens of thousands of them.
     std::unordered_map<std::string_view, VormSection*> m_sectionsByName;
     std::map<std::string, std::vector<std::string>> m_sectionGroups;
-    std::string m_sourcePath;
-    std::string m_workingDir;
-    const char* m_outputFile;
-    const char* m_binaryDumpFile;
-    bool m_listing;
-    bool m_binaryDump;
-    bool m_debug;
-    bool m_rewriteDebug;
-    bool m_warnRewriteDebug;
-    bool m_verbose;
-    std::uint32_t m_maxEncodingPasses;
-    bool m_referenceSizeIteration = false;
-    SizeIterationObserver* m_sizeIterationObserver = nullptr;
+    AssemblerOptions m_options;
     RunStatistics m_statistics;
 };
 

@@ -25,8 +25,9 @@ class ParsedSource {
 public:
     // Parses `text` as file "a.S" into ".text"; what went to standard error is kept in `diagnostics`.
     explicit ParsedSource(const std::string& text)
-        : m_utils{&m_plainErrors}, assembler("a.S", "", &m_utils, m_output.c_str(), false, false, VormAssembler::TL3B,
-                                             &errors, false, false, false, false, nullptr, 4000)
+        : m_utils{&m_plainErrors},
+          assembler(AssemblerOptions{.sourcePath = "a.S", .outputFile = m_output, .rewriteDebug = false}, &m_utils,
+                    &errors)
     {
         testing::internal::CaptureStderr();
         m_tokeniser.lexInit({}, &errors);

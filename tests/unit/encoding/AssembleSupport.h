@@ -37,8 +37,8 @@ inline Assembled assemble(const std::string& text, bool capture = true, std::uin
     TelkUtils utils{&plain};
     VorpErrorHandler errors;
     const std::string output = testing::TempDir() + "encoding_test.o";
-    VormAssembler assembler("a.S", "", &utils, output.c_str(), false, false, VormAssembler::TL3B, &errors, false,
-                            false, true, false, nullptr, maxPasses);
+    VormAssembler assembler(
+        AssemblerOptions{.sourcePath = "a.S", .outputFile = output, .maxEncodingPasses = maxPasses}, &utils, &errors);
     Assembled result;
     if (capture)
         testing::internal::CaptureStderr();

@@ -98,8 +98,7 @@ TEST(EncodingTest, BothSyntaxTablesHoldTheirNames)
     ErrorHandler plain;
     TelkUtils utils{&plain};
     VorpErrorHandler errors;
-    VormAssembler assembler("a.S", "", &utils, "unused.o", false, false, VormAssembler::TL3B, &errors, false, false,
-                            true, false, nullptr, 4000);
+    VormAssembler assembler(AssemblerOptions{.sourcePath = "a.S", .outputFile = "unused.o"}, &utils, &errors);
     auto formats = [&](const char* name, VormAssembler::Syntax syntax) {
         const Encoder* encoder = assembler.findEncoder(name, syntax);
         std::string text;

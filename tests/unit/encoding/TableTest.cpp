@@ -22,8 +22,7 @@ protected:
     ErrorHandler m_plain;
     TelkUtils m_utils{&m_plain};
     VorpErrorHandler m_errors;
-    VormAssembler m_assembler{"a.S",    "",    &m_utils, "unused.o", false, false, VormAssembler::TL3B,
-                              &m_errors, false, false,    true,       false, nullptr, 4000};
+    VormAssembler m_assembler{AssemblerOptions{.sourcePath = "a.S", .outputFile = "unused.o"}, &m_utils, &m_errors};
 
     // The format names of an encoder, in selection order.
     std::string formats(const char* name, VormAssembler::Syntax syntax) const

@@ -101,11 +101,10 @@ inline IterationRun runIteration(const std::string& directory, std::vector<std::
         std::vector<const char*> inputs;
         for (const std::string& name : options.inputFiles)
             inputs.push_back(name.c_str());
-        VormAssembler assembler(options.inputFiles.front(), "", &utils, options.outputName.c_str(), options.listing,
-                                options.verbose, VormAssembler::TL3B, &errorHandler, false, options.debugInfo,
-                                options.rewriteDebug, options.warnRewriteDebug, nullptr, options.maxEncodingPasses);
-        assembler.setReferenceSizeIteration(reference);
-        assembler.setSizeIterationObserver(&writer);
+        AssemblerOptions settings = options.assemblerOptions("");
+        settings.referenceSizeIteration = reference;
+        settings.sizeIterationObserver = &writer;
+        VormAssembler assembler(settings, &utils, &errorHandler);
         vorpparse(assembler, inputs, options.schedule);
         const int status = assembler.postParse(inputs.front()) != 0 ? 1 : 0;
         std::fflush(nullptr);

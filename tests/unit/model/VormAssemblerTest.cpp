@@ -23,8 +23,7 @@ class VormAssemblerTest : public testing::Test {
 protected:
     VormAssemblerTest()
         : m_utils{&m_plainErrors},
-          m_assembler("a.S", "", &m_utils, m_output.c_str(), false, false, VormAssembler::TL3B, &m_errors, false,
-                      false, true, false, nullptr, 4000)
+          m_assembler(AssemblerOptions{.sourcePath = "a.S", .outputFile = m_output}, &m_utils, &m_errors)
     {
     }
 
