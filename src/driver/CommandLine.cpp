@@ -13,7 +13,6 @@ const char* const g_versionString = "0.1.0 (build 1)";
 const char* const g_noticeString = "Copyright (C) 2026 The vorp developers. All rights reserved.";
 const char* const g_supportString = "For bug reporting instructions, please see:\n"
                                     "<https://vorp.example.org/bugs>.";
-bool debugScheduling = false;
 
 namespace {
 
@@ -87,7 +86,7 @@ DriverOptions CommandLine::parse(const std::vector<std::string>& words)
             options.binaryRequested = true;
             taken = 2;
         } else if (word == "--debug-schedule") {
-            debugScheduling = true;
+            options.debugScheduling = true;
         } else if (word == "--detect-reg-overwrite") {
             options.schedule = true;
         } else if (!word.empty() && word[0] == '@') {

@@ -12,8 +12,6 @@ class ErrorHandler;
 extern const char* const g_versionString;
 extern const char* const g_noticeString;
 extern const char* const g_supportString;
-// Set by --debug-schedule; read by the scheduler.
-extern bool debugScheduling;
 
 // The option loop. The words are tested one after another against the rows in a fixed order, and
 // that order is part of the behaviour: the first row that matches takes the word. Faults are fatal

@@ -23,6 +23,7 @@ struct DriverOptions {
     bool rewriteDebug = true;
     bool warnRewriteDebug = false;
     std::uint32_t maxEncodingPasses = 4000;
+    bool debugScheduling = false;
 
     // The assembler's share of it, for a run started in `workingDir`.
     AssemblerOptions assemblerOptions(std::string workingDir) const
@@ -39,6 +40,7 @@ struct DriverOptions {
         options.rewriteDebug = rewriteDebug;
         options.warnRewriteDebug = warnRewriteDebug;
         options.maxEncodingPasses = maxEncodingPasses;
+        options.debugScheduling = debugScheduling;
         return options;
     }
 };

@@ -32,6 +32,8 @@ struct AssemblerOptions {
     bool rewriteDebug = true;
     bool warnRewriteDebug = false;
     std::uint32_t maxEncodingPasses = 4000;
+    // Each scheduled block before and after scheduling, on standard error.
+    bool debugScheduling = false;
     // For tests: the plain passes of the size iteration instead of the incremental ones, and an
     // observer told the state after every pass.
     bool referenceSizeIteration = false;

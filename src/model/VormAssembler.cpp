@@ -654,7 +654,7 @@ void VormAssembler::getInstructionGroupings(VormSection* section, InstructionGro
             // among them could then never be sized.
             if (std::any_of(before.begin(), before.end(),
                             [](const VormLine* line) { return line->getType() == CODE_LINE; }))
-                groupings.push_back(std::make_unique<InstructionGroupingScheduled>(before));
+                groupings.push_back(std::make_unique<InstructionGroupingScheduled>(before, m_options.debugScheduling));
             else
                 addSingles(before.begin(), before.end());
             groupings.push_back(std::make_unique<InstructionGroupingSingle>(line));
@@ -667,7 +667,8 @@ void VormAssembler::getInstructionGroupings(VormSection* section, InstructionGro
             for (auto position = block.begin(); position != block.end(); ++position)
                 if ((*position)->getType() == CODE_LINE)
                     afterLastCode = std::next(position);
-            groupings.push_back(std::make_unique<InstructionGroupingScheduled>(block.split(afterLastCode)));
+            groupings.push_back(std::make_unique<InstructionGroupingScheduled>(block.split(afterLastCode),
+                                                                            m_options.debugScheduling));
             addSingles(block.begin(), block.end());
         }
     }

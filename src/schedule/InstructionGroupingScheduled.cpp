@@ -1,6 +1,5 @@
 #include "schedule/InstructionGroupingScheduled.h"
 
-#include "driver/CommandLine.h"
 #include "encoding/VormCodeLine.h"
 #include "model/VormLine.h"
 #include "schedule/IBuffer.h"
@@ -43,8 +42,8 @@ std::pair<std::uint32_t, std::uint32_t> fnopCounts(const std::vector<DependencyG
     return fnopCounts(lines, iBuffBytes);
 }
 
-InstructionGroupingScheduled::InstructionGroupingScheduled(const VormBasicBlock& block)
-    : m_block(block), m_builder(&m_block)
+InstructionGroupingScheduled::InstructionGroupingScheduled(const VormBasicBlock& block, bool debugOutput)
+    : m_block(block), m_builder(&m_block), m_debugOutput(debugOutput)
 {
     m_builder.removeNonCode();
     m_builder.build(m_graph);
@@ -162,7 +161,7 @@ void InstructionGroupingScheduled::commit()
 {
     const bool aligned = (m_address.min & 2) == 0;
     std::pair<std::uint32_t, std::uint32_t> before[2];
-    if (debugScheduling) {
+    if (m_debugOutput) {
         fprintf(stderr, "Before scheduling:\n");
         m_block.dump();
         printCounts(aligned, " | : fnops ");
@@ -179,7 +178,7 @@ void InstructionGroupingScheduled::commit()
     }
     assert(address.min - m_address.min == getScheduleSize(aligned));
 
-    if (debugScheduling) {
+    if (m_debugOutput) {
         fprintf(stderr, "After scheduling:\n");
         m_block.dump();
         printCounts(aligned, " | fnops ");

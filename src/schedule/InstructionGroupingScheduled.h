@@ -28,7 +28,8 @@ class InstructionGroupingScheduled : public InstructionGrouping {
 public:
     using Schedule = std::vector<DependencyGraphNode*>;
 
-    explicit InstructionGroupingScheduled(const VormBasicBlock& block);
+    // With `debugOutput`, commit shows the block before and after scheduling on standard error.
+    explicit InstructionGroupingScheduled(const VormBasicBlock& block, bool debugOutput = false);
     InstructionGroupingScheduled(const InstructionGroupingScheduled&) = delete;
     InstructionGroupingScheduled& operator=(const InstructionGroupingScheduled&) = delete;
 
@@ -68,6 +69,7 @@ private:
     DependencyGraphBuilder m_builder;
     mutable Schedule m_schedule[2];
     mutable std::uint32_t m_scheduleSize[2] = {0, 0};
+    bool m_debugOutput;
 };
 
 } // namespace vorp

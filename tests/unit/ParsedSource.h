@@ -24,10 +24,13 @@ namespace vorp::test {
 class ParsedSource {
 public:
     // Parses `text` as file "a.S" into ".text"; what went to standard error is kept in `diagnostics`.
-    explicit ParsedSource(const std::string& text)
+    explicit ParsedSource(const std::string& text, bool debugScheduling = false)
         : m_utils{&m_plainErrors},
-          assembler(AssemblerOptions{.sourcePath = "a.S", .outputFile = m_output, .rewriteDebug = false}, &m_utils,
-                    &errors)
+          assembler(AssemblerOptions{.sourcePath = "a.S",
+                                     .outputFile = m_output,
+                                     .rewriteDebug = false,
+                                     .debugScheduling = debugScheduling},
+                    &m_utils, &errors)
     {
         testing::internal::CaptureStderr();
         m_tokeniser.lexInit({}, &errors);

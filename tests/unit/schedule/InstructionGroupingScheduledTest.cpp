@@ -1,5 +1,4 @@
 #include "ParsedSource.h"
-#include "driver/CommandLine.h"
 #include "encoding/InstructionGroupingSingle.h"
 #include "schedule/InstructionGroupingScheduled.h"
 
@@ -165,12 +164,10 @@ TEST(InstructionGroupingsTest, FnopCountsOfLines)
 
 TEST(InstructionGroupingsTest, DebugOutputShowsBothOrders)
 {
-    test::ParsedSource source(std::string(".scheduling on\n") + loadChain);
-    debugScheduling = true;
+    test::ParsedSource source(std::string(".scheduling on\n") + loadChain, true);
     testing::internal::CaptureStderr();
     source.settle();
     const std::string printed = testing::internal::GetCapturedStderr();
-    debugScheduling = false;
     EXPECT_EQ(printed, "Before scheduling:\nldw r0, sp [ 1 ]\nldw r1, sp [ 2 ]\nldw r2, sp [ 3 ]\nadd r4, r5, r6\n"
                        "add r7, r8, r9\naligned: fnops 1, ibuf bytes 6\nAfter scheduling:\nadd r7, r8, r9\n"
                        "ldw r0, sp [ 1 ]\nadd r4, r5, r6\nldw r1, sp [ 2 ]\nldw r2, sp [ 3 ]\n"
