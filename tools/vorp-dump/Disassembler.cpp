@@ -293,13 +293,23 @@ std::string Disassembler::listing() const
                 text = Tl3bDecoder::render(instruction, m_decoder.displayName(instruction.format),
                                            [&](unsigned operand) {
                                                const bool pcRelative = isPcRelative(instruction, operand);
-                                               if (static_cast<int>(operand) == relocated &&
-                                                   !(pcRelative && item.relocation->sameSection))
-                                                   return withAddend(item.relocation->symbol, item.relocation->addend);
-                                               if (pcRelative)
+                                               if (static_cast<int>(operand) != relocated && pcRelative)
                                                    return targetText(section, Tl3bDecoder::pcTarget(
                                                                                   instruction, operand, item.offset));
-                                               return std::to_string(instruction.operands[operand]);
+                                               if (static_cast<int>(operand) != relocated)
+                                                   return std::to_string(instruction.operands[operand]);
+                                               const std::string symbol =
+                                                   withAddend(item.relocation->symbol, item.relocation->addend);
+                                               // Within the section the bits hold the distance too.
+                                               if (!pcRelative || !item.relocation->sameSection)
+                                                   return symbol;
+                                               std::string text;
+                                               appendf(text, "0x%llx <%s>",
+                                                       static_cast<unsigned long long>(
+                                                           Tl3bDecoder::pcTarget(instruction, operand, item.offset) &
+                                                           0xFFFFFFFF),
+                                                       symbol.c_str());
+                                               return text;
                                            });
             } else if (item.relocation) {
                 text = dataText(section, item);
