@@ -91,6 +91,7 @@ Tl3bDecoder::Tl3bDecoder(bool architectural)
         info.exact = exact[format];
         info.display = display.count(format) ? display[format] : info.exact;
         analyse(info);
+        m_numbers[format] = m_formats.size() - 1;
     }
     buildIndex();
 }
@@ -265,24 +266,21 @@ const EncoderFormat* Tl3bDecoder::format(std::size_t index) const
     return m_formats[index].format;
 }
 
+const Tl3bDecoder::FormatInfo& Tl3bDecoder::infoOf(const EncoderFormat* format) const
+{
+    const auto found = m_numbers.find(format);
+    assert(found != m_numbers.end() && "a format of the decoder");
+    return m_formats[found->second];
+}
+
 const std::string& Tl3bDecoder::displayName(const EncoderFormat* format) const
 {
-    for (const FormatInfo& info : m_formats) {
-        if (info.format == format)
-            return info.display;
-    }
-    assert(0 && "a format of the decoder");
-    return m_formats.front().display;
+    return infoOf(format).display;
 }
 
 const std::string& Tl3bDecoder::exactName(const EncoderFormat* format) const
 {
-    for (const FormatInfo& info : m_formats) {
-        if (info.format == format)
-            return info.exact;
-    }
-    assert(0 && "a format of the decoder");
-    return m_formats.front().exact;
+    return infoOf(format).exact;
 }
 
 std::string Tl3bDecoder::render(const DecodedInstruction& instruction, const std::string& name,

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace vorp {
@@ -75,7 +76,7 @@ public:
 private:
     struct FormatInfo;
 
-    void addFormat(const EncoderFormat* format, const std::string& name);
+    const FormatInfo& infoOf(const EncoderFormat* format) const;
     void analyse(FormatInfo& info) const;
     void buildIndex();
     bool decodeLong(const FormatInfo& info, std::uint32_t comboFirst, std::uint32_t word,
@@ -85,6 +86,7 @@ private:
     EncoderMap m_defaultEncoders;
     EncoderMap m_architecturalEncoders;
     std::vector<FormatInfo> m_formats;
+    std::unordered_map<const EncoderFormat*, std::size_t> m_numbers; // in m_formats
     // For each first halfword: the entries m_offsets[h] .. m_offsets[h + 1] of m_entries.
     struct Entry {
         std::uint32_t format;
