@@ -332,6 +332,8 @@ std::string Disassembler::listing() const
 std::string Disassembler::reassembly() const
 {
     std::string out = "# The code sections of the object, as source that assembles to the same bytes.\n";
+    // A name defines one label, in the first section that has it.
+    std::set<std::string> defined;
     for (const Section& section : m_sections) {
         if (!section.bytes)
             continue;
@@ -359,7 +361,6 @@ std::string Disassembler::reassembly() const
                 targets[at];
             }
         }
-        std::set<std::string> defined;
         for (const Label& label : section.labels) {
             if (isPlainName(label.name) && targets.count(label.offset) && targets[label.offset].empty())
                 targets[label.offset] = label.name;
