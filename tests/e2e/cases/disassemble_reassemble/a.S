@@ -1,30 +1,19 @@
-# Data in code, references to other sections and symbols, and a section of code with no label.
+# Source written back from an object: format names, labels made up for branches the symbol table
+# doesn't name (one lands inside an instruction), a jump table, and data in code.
 	.text
-	.globl entry
-entry:
-	entsp 2
-	ldw r0, dp[counter]
-	ldaw r11, cp[table]
-	ldap r11, message
-	bl external
-	bt r0, skip
+	.globl main
+main:
+	entsp 1
+	BRFU_u6 2
+	nop
+	mov r1, r2
+	bru r0
+	.jmptable one, two
+one:
+	ldc r0, 0x1234
+	bl printf
+two:
+	BRBU_lu6 -3
 	.short 0xffff
-	.word entry
-skip:
-	ldw r1, sp[1]
-	retsp 2
-	.byte 0x7f
-
-	.section .text.other, "ax", @progbits
-	bu entry
-	add r1, r2, 0
-	add r0, r0, 0
-
-	.section .dp.data, "awd", @progbits
-counter:
-	.word 0
-	.section .cp.rodata, "ac", @progbits
-table:
-	.word 1, 2
-message:
-	.asciiz "hi"
+	retsp 1
+	.byte 1
