@@ -137,14 +137,25 @@ TEST(DecoderTest, AliasesTakeTheShortestNameThatAssemblesBack)
             return std::to_string(decoded.operands[operand]);
         });
     };
-    EXPECT_EQ(name("add r0, r0, 0"), "nop");
-    EXPECT_EQ(name("add r1, r2, 0"), "mov r1, r2");
-    EXPECT_EQ(name("add r1, r2, 3"), "add r1, r2, 3");
-    EXPECT_EQ(name("add r1, r2, r3"), "add r1, r2, r3");
-    // Operands the default syntax writes in another order come back in that order.
-    EXPECT_EQ(name("crc8 r1, r2, r3, r4"), "crc8 r1, r2, r3, r4");
-    EXPECT_EQ(name("ldw lr, sp[3]"), "ldw lr, sp[3]");
-    EXPECT_EQ(name("shl r3, r8, 16"), "shl r3, r8, 16");
+    const struct {
+        const char* written;
+        const char* shown;
+    } cases[] = {
+        {"add r0, r0, 0", "nop"},
+        {"add r1, r2, 0", "mov r1, r2"},
+        {"add r1, r2, 3", "add r1, r2, 3"},
+        {"add r1, r2, r3", "add r1, r2, r3"},
+        // Operands the default syntax writes in another order come back in that order.
+        {"crc8 r1, r2, r3, r4", "crc8 r1, r2, r3, r4"},
+        {"ldw lr, sp[3]", "ldw lr, sp[3]"},
+        {"shl r3, r8, 16", "shl r3, r8, 16"},
+    };
+    for (const auto& c : cases) {
+        const std::string shown = name(c.written);
+        EXPECT_EQ(shown, c.shown);
+        // What is shown assembles to the same bits.
+        EXPECT_EQ(encoding_test::bytesOf(shown + "\n"), encoding_test::bytesOf(std::string(c.written) + "\n"));
+    }
 }
 
 TEST(DecoderTest, BitsOfNoFormatAreNotDecoded)
