@@ -88,6 +88,7 @@ private:
     EncodeResult regOperandMatches(VormCodeLine* line, unsigned& tokenNum, const OperandDescriptorReg* desc) const;
     EncodeResult immOperandMatches(VormCodeLine* line, unsigned& tokenNum, const OperandDescriptorImm* desc,
                                    bool largest, EncodingFailInfo::Ranges& ranges, int& value) const;
+    // The field values of the line's operands, in written order.
     Fields readOperands(VormCodeLine* line, Relocations* relocations) const;
 
     int m_numBytes;
