@@ -1,12 +1,7 @@
 #include "encoding/EncoderFormat.h"
 
-#include "encoding/VormCodeLine.h"
-#include "encoding/VormOperImm.h"
-#include "encoding/VormOperReg.h"
-
 #include <cassert>
 #include <cctype>
-#include <cstdlib>
 
 namespace vorp {
 
@@ -155,154 +150,14 @@ std::uint32_t EncoderFormat::encode3OpSubOpc(std::uint32_t a, std::uint32_t b, s
     return hi(a) + 3 * hi(b) + 9 * hi(c);
 }
 
-EncodeResult EncoderFormat::regOperandMatches(VormCodeLine* line, unsigned& tokenNum,
-                                              const OperandDescriptorReg* desc) const
+std::uint32_t EncoderFormat::encodeFields(const Fields& written) const
 {
-    int number = 0;
-    if (!VormOperReg::instance().getRegNum(line, tokenNum, number))
-        return ENCODE_NO;
-    if (desc->isUse())
-        line->addUseReg(number);
-    if (desc->isDef())
-        line->addDefReg(number);
-    return desc->matches(number) ? ENCODE_DEFINITE : ENCODE_NO;
-}
-
-EncodeResult EncoderFormat::immOperandMatches(VormCodeLine* line, unsigned& tokenNum, const OperandDescriptorImm* desc,
-                                              bool largest, EncodingFailInfo::Ranges& ranges, int& value) const
-{
-    int minimum = 0;
-    int current = 0;
-    int maximum = 0;
-    if (!VormOperImm::instance().getValues(line, tokenNum, static_cast<unsigned>(m_numBytes), minimum, current,
-                                           maximum, desc, largest, nullptr, 0, false))
-        return ENCODE_NO;
-    switch (desc->matches(minimum, current, maximum)) {
-    case OperandDescriptor::MATCH_POSSIBLE:
-        return ENCODE_POSSIBLE;
-    case OperandDescriptor::MATCH_DEFINITE:
-        return ENCODE_DEFINITE;
-    case OperandDescriptor::MATCH_CURRENT:
-        return ENCODE_CURRENT;
-    case OperandDescriptor::MATCH_NONE:
-        break;
+    Fields op = written;
+    if (!m_placement.empty()) {
+        op = Fields{};
+        for (std::size_t i = 0; i < m_placement.size(); ++i)
+            op[i] = written[m_placement[i]];
     }
-    desc->findRanges(ranges);
-    value = current;
-    return ENCODE_OUT_OF_RANGE;
-}
-
-EncodeResult EncoderFormat::canEncode(VormCodeLine* line, bool largest, Relocations*,
-                                      EncodingFailInfo::Ranges& ranges, int& value) const
-{
-    const char* signature = m_signature.c_str();
-    const unsigned numTokens = line->numTokens();
-    unsigned tokenNum = 1;
-    unsigned operandNum = 0;
-    EncodeResult result = ENCODE_DEFINITE;
-
-    if (numTokens > 1 && *signature) {
-        for (;;) {
-            if (*signature == '%') {
-                ++signature;
-                assert(*signature);
-                assert(operandNum < numDescriptors());
-                const OperandDescriptor* desc = getDescriptor(operandNum);
-                switch (*signature++) {
-                case 'r':
-                    assert(desc->isReg());
-                    result = regOperandMatches(line, tokenNum, static_cast<const OperandDescriptorReg*>(desc));
-                    break;
-                case 'i':
-                    assert(desc->isImm());
-                    result = immOperandMatches(line, tokenNum, static_cast<const OperandDescriptorImm*>(desc),
-                                               largest, ranges, value);
-                    break;
-                default:
-                    assert(0);
-                }
-                ++operandNum;
-            } else {
-                const Token& token = line->getToken(tokenNum);
-                if (token.symbol == S_INTVAL || token.symbol == S_CHVAL) {
-                    // Numbers compare by value. Where the signature has no digits the number reads as
-                    // 0 and nothing is consumed, so a 0 token slips past: old sources rely on it.
-                    char* end = nullptr;
-                    const unsigned long number = std::strtoul(signature, &end, 0);
-                    if (static_cast<std::uint32_t>(number) != token.constantValue)
-                        return ENCODE_NO;
-                    signature = end;
-                } else {
-                    for (const char* text = tokenCharStar(&token); *text; ++text, ++signature) {
-                        if (*signature != *text)
-                            return ENCODE_NO;
-                    }
-                }
-            }
-            ++tokenNum;
-            if (!*signature)
-                break;
-            if (tokenNum >= numTokens) {
-                if (*signature)
-                    return ENCODE_NO;
-                break;
-            }
-            if (result == ENCODE_NO)
-                return result;
-        }
-    } else if (*signature) {
-        return ENCODE_NO;
-    }
-
-    if (tokenNum != numTokens)
-        return ENCODE_NO;
-    for (int i = 0; i < NUM_REGISTERS; ++i) {
-        if (m_useRegs[i])
-            line->addUseReg(i);
-        if (m_defRegs[i])
-            line->addDefReg(i);
-    }
-    return result;
-}
-
-std::vector<std::uint32_t> EncoderFormat::readOperands(VormCodeLine* line, Relocations* relocations) const
-{
-    std::vector<std::uint32_t> written;
-    unsigned operandNum = 0;
-    for (std::size_t i = 0; i + 1 < m_signature.size(); ++i) {
-        if (m_signature[i] != '%')
-            continue;
-        const unsigned tokenNum = m_operandTokens[operandNum];
-        const OperandDescriptor* desc = getDescriptor(operandNum);
-        if (m_signature[++i] == 'r') {
-            int number = 0;
-            const bool isRegister = VormOperReg::instance().getRegNum(line, tokenNum, number);
-            assert(isRegister);
-            written.push_back(static_cast<std::uint32_t>(number));
-        } else {
-            int value = 0;
-            VormOperImm::instance().getValue(line, tokenNum, static_cast<unsigned>(m_numBytes), value,
-                                             static_cast<const OperandDescriptorImm*>(desc), relocations,
-                                             m_relocationType);
-            if (desc->hasMap())
-                value = desc->map(value);
-            written.push_back(static_cast<std::uint32_t>(value));
-        }
-        ++operandNum;
-    }
-    // Missing operands (`mov`, `nop`) are 0.
-    written.resize(6, 0);
-    if (m_placement.empty())
-        return written;
-    std::vector<std::uint32_t> placed(6, 0);
-    for (std::size_t i = 0; i < m_placement.size(); ++i)
-        placed[i] = written[m_placement[i]];
-    return placed;
-}
-
-std::uint32_t EncoderFormat::getOpcode(VormCodeLine* line, Relocations* relocations) const
-{
-    const std::vector<std::uint32_t> op = readOperands(line, relocations);
     const std::uint32_t first = m_base >> 16;
     const std::uint32_t second = m_base & 0xFFFF;
     switch (m_layout) {

@@ -3,6 +3,7 @@
 #include "encoding/EncodingFailInfo.h"
 #include "encoding/OperandDescriptor.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -35,6 +36,9 @@ enum FormatLayout {
 class EncoderFormat {
 public:
     static constexpr int NUM_REGISTERS = 25;
+    // The field values of the operands in the order the signature writes them: registers by number,
+    // immediates as they go into the bits (mapped, inverted, in units). Missing operands are 0.
+    using Fields = std::array<std::uint32_t, 6>;
 
     // `placement`, when not empty, says for each operand of the layout which written operand goes
     // there: a few instructions write their operands in another order in the default syntax.
@@ -45,7 +49,9 @@ public:
     virtual ~EncoderFormat() = default;
 
     // The bits, for a line whose format is final: the high halfword of a 4-byte value comes first.
-    virtual std::uint32_t getOpcode(VormCodeLine* line, Relocations* relocations) const;
+    std::uint32_t getOpcode(VormCodeLine* line, Relocations* relocations) const;
+    // The bits for given field values, as getOpcode packs them; needs no line.
+    std::uint32_t encodeFields(const Fields& written) const;
 
     const std::string& getName() const { return m_name; }
     const std::string& getSignature() const { return m_signature; }
@@ -82,8 +88,8 @@ private:
     EncodeResult regOperandMatches(VormCodeLine* line, unsigned& tokenNum, const OperandDescriptorReg* desc) const;
     EncodeResult immOperandMatches(VormCodeLine* line, unsigned& tokenNum, const OperandDescriptorImm* desc,
                                    bool largest, EncodingFailInfo::Ranges& ranges, int& value) const;
-    // The operand values in layout order.
-    std::vector<std::uint32_t> readOperands(VormCodeLine* line, Relocations* relocations) const;
+    // The field values of the line's operands, in written order.
+    Fields readOperands(VormCodeLine* line, Relocations* relocations) const;
 
     int m_numBytes;
     std::string m_name;

@@ -157,17 +157,27 @@ std::vector<std::string> splitWords(const char* text)
 
 } // namespace
 
+namespace {
+
+const char* const registerNames[EncoderFormat::NUM_REGISTERS] = {
+    "r0", "r1", "r2", "r3", "r4", "r5", "r6", "r7", "r8", "r9", "r10", "r11", "cp",
+    "dp", "sp", "lr", "sr", "ssr", "spc", "et", "ed", "sed", "kep", "ksp", "fx",
+};
+
+} // namespace
+
 int Tl3bInstructionTable::registerIndex(const std::string& name)
 {
-    static const char* const names[EncoderFormat::NUM_REGISTERS] = {
-        "r0", "r1", "r2", "r3", "r4", "r5", "r6", "r7", "r8", "r9", "r10", "r11", "cp",
-        "dp", "sp", "lr", "sr", "ssr", "spc", "et", "ed", "sed", "kep", "ksp", "fx",
-    };
     for (int i = 0; i < EncoderFormat::NUM_REGISTERS; ++i) {
-        if (name == names[i])
+        if (name == registerNames[i])
             return i;
     }
     return -1;
+}
+
+const char* Tl3bInstructionTable::registerName(int index)
+{
+    return index >= 0 && index < EncoderFormat::NUM_REGISTERS ? registerNames[index] : nullptr;
 }
 
 std::string Tl3bInstructionTable::architecturalSignature(const std::string& signature)

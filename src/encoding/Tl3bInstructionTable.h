@@ -45,6 +45,8 @@ public:
     // The register index of an implicit register name (r0..r11, cp, dp, sp, lr, sr, ssr, spc, et,
     // ed, sed, kep, ksp, fx), or -1.
     static int registerIndex(const std::string& name);
+    // The name of a register index, or null.
+    static const char* registerName(int index);
     // The signature in the architectural syntax: only the operands, joined by commas.
     static std::string architecturalSignature(const std::string& signature);
 

@@ -9,7 +9,8 @@
 #   expected.stdout   standard output (empty when absent)
 #   expected.files    names that must exist after the run, one per line
 #   absent.files      names that must not exist after the run, one per line
-#   expected.dump     vorp-dump of the object: a.o, or the name given in `dump.object`
+#   expected.dump     vorp-dump of the object: a.o, or the name given in `dump.object`; vorp-dump
+#                     takes the options in `dump.options` first, if present (`-d` to disassemble)
 #   expected.file.X   the contents of the file X written by the run (a listing, say)
 #   fixed.workdir     run in this folder instead of a fresh one under the build tree
 #   expected.dwarfdump  what llvm-dwarfdump prints of the object with its data relocations applied
@@ -36,7 +37,7 @@ for f in "$case_dir"/* "$case_dir"/.[!.]*; do
   [ -e "$f" ] || continue
   name=$(basename "$f")
   case "$name" in
-    cmd|stdin|generate|expected.*|absent.files|dump.object|dwarfdump|fixed.workdir) ;;
+    cmd|stdin|generate|expected.*|absent.files|dump.object|dump.options|dwarfdump|fixed.workdir) ;;
     *) cp -R "$f" "$work/" ;;
   esac
 done
@@ -58,7 +59,9 @@ object=a.o
 dump_tool="$(dirname "$vorp")/vorp-dump"
 if [ -f "$case_dir/expected.dump" ]; then
   if [ -f "$work/$object" ]; then
-    "$dump_tool" "$work/$object" >"$work/.dump" 2>&1
+    dump_options=""
+    [ -f "$case_dir/dump.options" ] && dump_options=$(cat "$case_dir/dump.options")
+    "$dump_tool" $dump_options "$work/$object" >"$work/.dump" 2>&1
   else
     echo "no object $object" >"$work/.dump"
   fi

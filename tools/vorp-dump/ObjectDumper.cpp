@@ -1,6 +1,8 @@
 #include "ObjectDumper.h"
 
+#include "Appendf.h"
 #include "LittleEndian.h"
+#include "SectionBytes.h"
 
 #include "elf/ElfBlock.h"
 #include "elf/ElfHandler.h"
@@ -27,29 +29,6 @@ std::string numberText(unsigned long number)
     std::string text = "#";
     text += std::to_string(number);
     return text;
-}
-
-void appendf(std::string& out, const char* format, ...) __attribute__((format(printf, 2, 3)));
-
-void appendf(std::string& out, const char* format, ...)
-{
-    char buffer[256];
-    va_list args;
-    va_start(args, format);
-    const int length = std::vsnprintf(buffer, sizeof(buffer), format, args);
-    va_end(args);
-    if (length < 0)
-        return;
-    if (static_cast<std::size_t>(length) < sizeof(buffer)) {
-        out.append(buffer, static_cast<std::size_t>(length));
-        return;
-    }
-    std::string big(static_cast<std::size_t>(length) + 1, '\0');
-    va_start(args, format);
-    std::vsnprintf(big.data(), big.size(), format, args);
-    va_end(args);
-    big.resize(static_cast<std::size_t>(length));
-    out += big;
 }
 
 std::string bindingName(unsigned binding)
@@ -224,13 +203,7 @@ std::string ObjectDumper::sectionName(unsigned sectionNo) const
 
 const unsigned char* ObjectDumper::sectionBytes(const ElfSectionHeader* header) const
 {
-    if (header->sh_type == ElfHandler::SHT_NOBITS)
-        return nullptr;
-    unsigned offset = 0;
-    const ElfBlock* block = m_elf.findBlock(header, offset);
-    if (!block || !block->getData() || std::uint64_t(offset) + header->sh_size > block->getSize())
-        return nullptr;
-    return block->getData() + offset;
+    return vorp::sectionBytes(m_elf, header);
 }
 
 std::string ObjectDumper::symbolName(Elf32_Word symbolNo) const

@@ -1,4 +1,5 @@
 // vorp-dump: prints an object file in a fixed text form, for reading and for golden tests.
+#include "Disassembler.h"
 #include "DumpErrorHandler.h"
 #include "ObjectDumper.h"
 #include "RelocationResolver.h"
@@ -14,10 +15,18 @@
 
 namespace {
 
-const char* const p_usage = "usage: vorp-dump OBJECT\n"
-                            "       vorp-dump --resolved OUTPUT OBJECT\n"
-                            "  --resolved writes a copy of OBJECT with its data relocations applied, every\n"
-                            "  section at address 0, so that DWARF readers can decode its debug sections\n";
+const char* const p_usage =
+    "usage: vorp-dump OBJECT\n"
+    "       vorp-dump -d|--disassemble [--reassemble] OBJECT\n"
+    "       vorp-dump --resolved OUTPUT OBJECT\n"
+    "  -d, --disassemble prints only the code sections (SHF_EXECINSTR) as instructions in the\n"
+    "  default syntax: \"address: bytes  mnemonic operands\", labels where they stand, pc-relative\n"
+    "  targets as address <label+offset>, operands a relocation fills by its symbol (its type in a\n"
+    "  comment), bytes that are no instruction as .short/.word/.byte, jump tables in a comment\n"
+    "  --reassemble, with -d, prints instead source that vorp assembles back to the same bytes in\n"
+    "  every code section: instructions by format name, a label at every branch target\n"
+    "  --resolved writes a copy of OBJECT with its data relocations applied, every\n"
+    "  section at address 0, so that DWARF readers can decode its debug sections\n";
 
 // Writes the resolved copy; prints how many relocations stayed unapplied.
 int writeResolved(const char* output, const char* fileName)
@@ -57,6 +66,23 @@ int main(int argc, char** argv)
     }
     if (argc == 4 && std::strcmp(argv[1], "--resolved") == 0)
         return writeResolved(argv[2], argv[3]);
+    bool disassemble = false;
+    bool reassemble = false;
+    int first = 1;
+    for (; first < argc - 1; ++first) {
+        if (std::strcmp(argv[first], "-d") == 0 || std::strcmp(argv[first], "--disassemble") == 0)
+            disassemble = true;
+        else if (std::strcmp(argv[first], "--reassemble") == 0)
+            reassemble = true;
+        else
+            break;
+    }
+    if (first != 1 && (!disassemble || first != argc - 1)) {
+        std::fputs(p_usage, stderr);
+        return 2;
+    }
+    argv += first - 1;
+    argc -= first - 1;
     if (argc != 2 || argv[1][0] == '\0' || (argv[1][0] == '-' && argv[1][1] != '\0')) {
         std::fputs(p_usage, stderr);
         return 2;
@@ -71,7 +97,13 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "vorp-dump: cannot read object '%s'\n", fileName);
             return 1;
         }
-        text = vorp::ObjectDumper(elf).dump();
+        if (disassemble) {
+            const vorp::Tl3bDecoder decoder;
+            const vorp::Disassembler disassembler(elf, decoder);
+            text = reassemble ? disassembler.reassembly() : disassembler.listing();
+        } else {
+            text = vorp::ObjectDumper(elf).dump();
+        }
     }
     std::fwrite(text.data(), 1, text.size(), stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
