@@ -22,6 +22,15 @@ public:
                 single = insert(text);
             return single;
         }
+        // So are the numbers of data tables, which are mostly of two and three digits.
+        if (text.size() <= 3 && isDigit(text[0]) && isDigit(text[1]) && (text.size() == 2 || isDigit(text[2]))) {
+            const std::size_t key = text.size() == 2 ? (text[0] - '0') * 10 + (text[1] - '0')
+                                                     : 100 + (text[0] - '0') * 100 + (text[1] - '0') * 10 + (text[2] - '0');
+            const char*& number = m_numbers[key];
+            if (!number)
+                number = insert(text);
+            return number;
+        }
         auto found = m_texts.find(text);
         if (found != m_texts.end())
             return found->data();
@@ -60,6 +69,10 @@ private:
 
     std::unordered_set<std::string_view> m_texts;
     const char* m_singles[256] = {};
+    // "00" to "99" at 0 to 99, "000" to "999" at 100 to 1099.
+    const char* m_numbers[1100] = {};
+
+    static bool isDigit(char c) { return c >= '0' && c <= '9'; }
     std::vector<std::unique_ptr<char[]>> m_blocks;
     char* m_next = nullptr;
     std::size_t m_free = 0;

@@ -97,13 +97,20 @@ Token newUnsignedConstToken(unsigned value, int line, const char* file)
 {
     Token token;
     token.symbol = S_INTVAL;
-    // Folding a long sum makes a constant at every level: the texts of values already seen are
-    // remembered, so that each fold doesn't format and look up its number again.
+    // Folding a long sum makes a constant at every level, and every entry of a data table is folded:
+    // the texts of values already seen are remembered, so that each fold doesn't format and look up
+    // its number again. Small values, the most common, go by index.
+    static const char* small[4096] = {};
     static std::unordered_map<unsigned, const char*> texts;
-    auto [entry, added] = texts.try_emplace(value, nullptr);
-    if (added)
-        entry->second = IdStrings::idString(std::to_string(value).c_str());
-    token.text = entry->second;
+    const char** text = nullptr;
+    if (value < 4096) {
+        text = &small[value];
+    } else {
+        text = &texts.try_emplace(value, nullptr).first->second;
+    }
+    if (!*text)
+        *text = IdStrings::idString(std::to_string(value).c_str());
+    token.text = *text;
     token.constantText = token.text;
     token.constantValue = value;
     token.line = line;
