@@ -47,6 +47,8 @@ InstructionGroupingScheduled::InstructionGroupingScheduled(const VormBasicBlock&
 {
     m_builder.removeNonCode();
     m_builder.build(m_graph);
+    for (std::uint32_t i = 1; i <= m_graph.getNumNodes(); ++i)
+        m_fixedSize += m_graph.getNode(i)->getLine()->getNumBytes();
 }
 
 bool InstructionGroupingScheduled::chooseEncoder(bool, VormLabels&, bool& changed, EncodingFailInfo&)
@@ -73,13 +75,6 @@ const InstructionGroupingScheduled::Schedule& InstructionGroupingScheduled::getS
     return schedule;
 }
 
-std::uint32_t InstructionGroupingScheduled::getFixedSize() const
-{
-    std::uint32_t size = 0;
-    for (std::uint32_t i = 1; i <= m_graph.getNumNodes(); ++i)
-        size += m_graph.getNode(i)->getLine()->getNumBytes();
-    return size;
-}
 
 std::uint32_t InstructionGroupingScheduled::getScheduleSize(bool aligned) const
 {
@@ -103,7 +98,10 @@ void InstructionGroupingScheduled::calcMisalignedSchedule(Schedule& schedule) co
 
 std::uint32_t InstructionGroupingScheduled::getNextAddress(std::uint32_t address) const
 {
-    return address + getScheduleSize((address & 2) == 0);
+    // Every order holds the same settled lines, so the size of the schedule for either alignment
+    // is the block's own: the schedule itself is only made when commit asks for it, for the
+    // alignment that came out, instead of for both ends of every address range on the way.
+    return address + m_fixedSize;
 }
 
 VormAddress InstructionGroupingScheduled::getNextAddress() const

@@ -57,7 +57,7 @@ public:
     const DependencyGraphBuilder& getBuilder() const { return m_builder; }
     VormAddress getAddress() const override { return m_address; }
     // The block's size, which no order changes: the sum of its settled lines.
-    std::uint32_t getFixedSize() const;
+    std::uint32_t getFixedSize() const { return m_fixedSize; }
 
 private:
     // The debug line of fnop counts for the present order.
@@ -70,6 +70,7 @@ private:
     mutable Schedule m_schedule[2];
     mutable std::uint32_t m_scheduleSize[2] = {0, 0};
     bool m_debugOutput;
+    std::uint32_t m_fixedSize = 0;
 };
 
 } // namespace vorp
