@@ -77,10 +77,12 @@ private:
             const double r = std::uniform_real_distribution<double>(0, 1)(m_random);
             if (r < branches) {
                 const int kind = pick(0, 2);
+                // Now and then the target has an addend: the distance moves with it.
+                const std::string addend = chance(0.01) ? "+2" : "";
                 if (kind == 0)
-                    m_text += "\tbu " + target() + "\n";
+                    m_text += "\tbu " + target() + addend + "\n";
                 else
-                    m_text += std::string(kind == 1 ? "\tbt " : "\tbf ") + reg() + ", " + target() + "\n";
+                    m_text += std::string(kind == 1 ? "\tbt " : "\tbf ") + reg() + ", " + target() + addend + "\n";
             } else if (r < 0.30) {
                 m_text += "\tadd " + reg() + ", " + reg() + ", " + reg() + "\n";
             } else if (r < 0.40) {
@@ -90,7 +92,7 @@ private:
                 const int bytes = chance(0.5) ? pick(50, 70) * 2 : pick(0, 1100) * 2;
                 m_text += "\t.skip " + std::to_string(bytes) + "\n";
             } else if (r < 0.72) {
-                m_text += "\t.align " + std::to_string(2 << pick(0, 2)) + "\n";
+                m_text += "\t.align " + std::to_string(chance(0.9) ? 2 << pick(0, 2) : 32 << pick(0, 2)) + "\n";
             } else if (r < 0.76) {
                 std::string table = chance(0.8) ? "\t.jmptable " : "\t.jmptable32 ";
                 const int entries = pick(1, 8);
@@ -98,7 +100,8 @@ private:
                     table += (e ? ", " : "") + target();
                 m_text += table + "\n";
             } else if (r < 0.80) {
-                m_text += "\tbl s" + std::to_string(pick(0, section)) + "f0\n";
+                // A call to a label of this function is pc-relative too, with other ranges.
+                m_text += chance(0.3) ? "\tbl " + target() + "\n" : "\tbl s" + std::to_string(pick(0, section)) + "f0\n";
             } else if (r < 0.83) {
                 m_text += chance(0.5) ? "\t.word 1, 2\n" : "\t.short 7\n";
             } else if (r < 0.86) {
