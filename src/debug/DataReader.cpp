@@ -1,6 +1,6 @@
 #include "debug/DataReader.h"
 
-#include "encoding/Relocations.h"
+#include "model/Relocations.h"
 #include "frontend/Operand.h"
 #include "model/VormAssembler.h"
 #include "model/VormLine.h"

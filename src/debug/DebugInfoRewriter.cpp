@@ -4,7 +4,7 @@
 #include "debug/DwarfAbbrevTable.h"
 #include "diag/VorpErrorHandler.h"
 #include "frontend/Operand.h"
-#include "metadata/EliminationBlocks.h"
+#include "debug/EliminationBlocks.h"
 #include "model/VormAssembler.h"
 #include "model/VormDataLine.h"
 #include "model/VormLabelLine.h"

@@ -4,7 +4,7 @@
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"
 #include "driver/SignalHandling.h"
-#include "frontend/AsmWriter.h"
+#include "assembler/AsmWriter.h"
 #include "model/RunStatistics.h"
 #include "model/VormAssembler.h"
 #include "model/VormLine.h"

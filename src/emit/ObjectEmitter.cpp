@@ -8,7 +8,7 @@
 #include "elf/ElfString.h"
 #include "elf/ElfSymbolTable.h"
 #include "emit/OutputFile.h"
-#include "metadata/EliminationBlocks.h"
+#include "debug/EliminationBlocks.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAssembler.h"
 #include "model/VormCCDirectiveLine.h"

@@ -1,4 +1,4 @@
-#include "encoding/EncoderFormat.h"
+#include "isa/EncoderFormat.h"
 
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormOperImm.h"

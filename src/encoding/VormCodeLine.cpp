@@ -1,8 +1,8 @@
 #include "encoding/VormCodeLine.h"
 
 #include "encoding/VormOperImm.h"
-#include "encoding/Encoder.h"
-#include "encoding/EncoderFormat.h"
+#include "isa/Encoder.h"
+#include "isa/EncoderFormat.h"
 #include "frontend/VorpTokeniser.h"
 #include "model/VormLabel.h"
 #include "model/VormSection.h"

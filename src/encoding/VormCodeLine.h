@@ -1,6 +1,6 @@
 #pragma once
 
-#include "encoding/EncodingFailInfo.h"
+#include "isa/EncodingFailInfo.h"
 #include "model/VormTokenLine.h"
 
 #include <string>

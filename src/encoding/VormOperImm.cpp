@@ -2,8 +2,8 @@
 
 #include "diag/VorpErrorHandler.h"
 #include "encoding/AddressReader.h"
-#include "encoding/OperandDescriptor.h"
-#include "encoding/Relocations.h"
+#include "isa/OperandDescriptor.h"
+#include "model/Relocations.h"
 #include "encoding/VormCodeLine.h"
 #include "frontend/VormExprEval.h"
 #include "frontend/VorpTokeniser.h"

@@ -1,9 +1,9 @@
 #include "layout/IncrementalIteration.h"
 
-#include "encoding/EncodingFailInfo.h"
-#include "encoding/EncoderFormat.h"
+#include "isa/EncodingFailInfo.h"
+#include "isa/EncoderFormat.h"
 #include "encoding/InstructionGroupingSingle.h"
-#include "encoding/OperandDescriptor.h"
+#include "isa/OperandDescriptor.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormJTTrampoline.h"
 #include "encoding/VormOperImm.h"

@@ -1,6 +1,6 @@
 #include "layout/ReferenceIteration.h"
 
-#include "encoding/EncodingFailInfo.h"
+#include "isa/EncodingFailInfo.h"
 
 #include <algorithm>
 

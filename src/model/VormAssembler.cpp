@@ -4,7 +4,7 @@
 #include "diag/ErrorHandler.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
-#include "encoding/EncodingFailInfo.h"
+#include "isa/EncodingFailInfo.h"
 #include "encoding/InstructionGroupingSingle.h"
 #include "emit/ObjectEmitter.h"
 #include "emit/OutputFile.h"
@@ -627,7 +627,7 @@ void VormAssembler::getInstructionGroupings(VormSection* section, InstructionGro
             groupings.push_back(std::make_unique<InstructionGroupingSingle>(*position));
     };
     std::vector<VormBasicBlock> blocks;
-    section->getBlocks(blocks);
+    getBlocks(section, blocks);
     for (VormBasicBlock& block : blocks) {
         LinePosition firstCode = block.begin();
         while (firstCode != block.end() && (*firstCode)->getType() != CODE_LINE)

@@ -1,6 +1,6 @@
 #include "model/VormDataLine.h"
 
-#include "encoding/Relocations.h"
+#include "model/Relocations.h"
 #include "frontend/ExprEval.h"
 #include "model/VormAssembler.h"
 #include "model/VormPostponedExp.h"

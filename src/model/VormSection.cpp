@@ -1,7 +1,5 @@
 #include "model/VormSection.h"
 
-#include "encoding/VormCodeLine.h"
-#include "model/VormBasicBlock.h"
 #include "model/VormLine.h"
 
 #include <iostream>
@@ -28,36 +26,6 @@ VormSection::~VormSection()
 {
     for (VormLine* line : m_lines)
         delete line;
-}
-
-void VormSection::getBlocks(std::vector<VormBasicBlock>& blocks)
-{
-    LinePosition start = m_lines.begin();
-    LinePosition end = m_lines.begin();
-    auto close = [&] {
-        if (start != end)
-            blocks.emplace_back(this, start, end);
-        start = end;
-    };
-    for (auto position = m_lines.begin(); position != m_lines.end();) {
-        VormLine* line = *position++;
-        bool closes = false;
-        if (line->getType() == CODE_LINE) {
-            const auto* code = static_cast<const VormCodeLine*>(line);
-            end = position;
-            closes = (code->isBranch() && !code->isLink()) || !code->isDone();
-        } else {
-            std::uint32_t minBytes = 0;
-            std::uint32_t maxBytes = 0;
-            line->getByteRange(minBytes, maxBytes);
-            closes = maxBytes != 0 || line->isTargetLine();
-        }
-        if (closes)
-            close();
-    }
-    close();
-    if (start != m_lines.end())
-        blocks.emplace_back(this, end, m_lines.end());
 }
 
 LinePosition VormSection::getFirstNonZeroSizedLine()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "encoding/Relocations.h"
+#include "model/Relocations.h"
 
 #include <cstdint>
 #include <list>
@@ -11,7 +11,6 @@
 namespace vorp {
 
 struct DebugFrameProc;
-class VormBasicBlock;
 class VormCCDirectiveLine;
 class VormLine;
 
@@ -48,11 +47,6 @@ public:
     LineList& getLines() { return m_lines; }
     const LineList& getLines() const { return m_lines; }
     Relocations& getRelocations() { return m_relocations; }
-
-    // The blocks the scheduler may reorder, covering every line. A block ends after a branch that
-    // doesn't link, after an instruction of undecided size, and before a target line or a line that
-    // takes bytes; lines since the last instruction go to the head of the next block.
-    void getBlocks(std::vector<VormBasicBlock>& blocks);
 
     // The position of the first line that may take bytes, or the end.
     LinePosition getFirstNonZeroSizedLine();

@@ -1,8 +1,8 @@
 #include "schedule/DependencyGraphBuilder.h"
 
-#include "encoding/EncoderFormat.h"
+#include "isa/EncoderFormat.h"
 #include "encoding/VormCodeLine.h"
-#include "model/VormBasicBlock.h"
+#include "schedule/VormBasicBlock.h"
 #include "schedule/DependencyGraph.h"
 
 #include <algorithm>

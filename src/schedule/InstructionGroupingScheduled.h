@@ -1,7 +1,7 @@
 #pragma once
 
 #include "encoding/InstructionGrouping.h"
-#include "model/VormBasicBlock.h"
+#include "schedule/VormBasicBlock.h"
 #include "schedule/DependencyGraph.h"
 #include "schedule/DependencyGraphBuilder.h"
 

@@ -6,7 +6,7 @@
 #include "diag/ErrorHandler.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
-#include "frontend/AsmWriter.h"
+#include "assembler/AsmWriter.h"
 #include "frontend/VorpParser.h"
 #include "frontend/VorpTokeniser.h"
 #include "model/VormAssembler.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "encoding/Tl3bDecoder.h"
+#include "isa/Tl3bDecoder.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #include "encoding/AssembleSupport.h"
-#include "encoding/EncoderFormat.h"
-#include "encoding/Tl3bInstructionTable.h"
+#include "isa/EncoderFormat.h"
+#include "isa/Tl3bInstructionTable.h"
 
 #include <gtest/gtest.h>
 

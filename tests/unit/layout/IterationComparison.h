@@ -9,7 +9,7 @@
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"
-#include "frontend/AsmWriter.h"
+#include "assembler/AsmWriter.h"
 #include "layout/SizeIteration.h"
 #include "model/VormAssembler.h"
 #include "model/VormLine.h"

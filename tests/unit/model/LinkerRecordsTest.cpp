@@ -1,5 +1,5 @@
 #include "ParsedSource.h"
-#include "metadata/EliminationBlocks.h"
+#include "debug/EliminationBlocks.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormCCDirectiveLine.h"
 #include "model/VormDataLine.h"

@@ -1,5 +1,5 @@
 #include "ParsedSource.h"
-#include "model/VormBasicBlock.h"
+#include "schedule/VormBasicBlock.h"
 #include "schedule/DependencyGraph.h"
 #include "schedule/DependencyGraphBuilder.h"
 

@@ -1,4 +1,4 @@
-#include "model/VormDirectives.h"
+#include "encoding/VormDirectives.h"
 
 #include "model/VormDirectiveLine.h"
 

@@ -1,4 +1,4 @@
-#include "model/VormDotJmptable32Directive.h"
+#include "encoding/VormDotJmptable32Directive.h"
 
 #include "encoding/VormCodeLine.h"
 #include "model/VormAssembler.h"

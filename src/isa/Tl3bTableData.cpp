@@ -1,4 +1,4 @@
-#include "encoding/Tl3bInstructionTable.h"
+#include "isa/Tl3bInstructionTable.h"
 
 // The TL3 instruction set as data: every format with its base encoding, default-syntax signature,
 // operand descriptors, flags and implicit registers, and the mnemonics that select formats.

@@ -1,7 +1,7 @@
-#include "model/VormDotJmptableDirective.h"
+#include "encoding/VormDotJmptableDirective.h"
 
 #include "diag/VorpErrorHandler.h"
-#include "encoding/Encoder.h"
+#include "isa/Encoder.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormJTTrampoline.h"
 #include "model/VormAssembler.h"

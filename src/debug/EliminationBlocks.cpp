@@ -1,4 +1,4 @@
-#include "metadata/EliminationBlocks.h"
+#include "debug/EliminationBlocks.h"
 
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAssembler.h"

@@ -1,4 +1,4 @@
-#include "frontend/AsmWriter.h"
+#include "assembler/AsmWriter.h"
 
 #include "diag/VorpErrorHandler.h"
 #include "frontend/ExprEval.h"

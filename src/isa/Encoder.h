@@ -1,6 +1,6 @@
 #pragma once
 
-#include "encoding/EncoderFormat.h"
+#include "isa/EncoderFormat.h"
 
 #include <cstdio>
 #include <memory>

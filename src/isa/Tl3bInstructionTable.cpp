@@ -1,4 +1,4 @@
-#include "encoding/Tl3bInstructionTable.h"
+#include "isa/Tl3bInstructionTable.h"
 
 #include <algorithm>
 #include <cassert>

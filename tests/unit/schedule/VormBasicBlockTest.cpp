@@ -1,5 +1,5 @@
 #include "ParsedSource.h"
-#include "model/VormBasicBlock.h"
+#include "schedule/VormBasicBlock.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ namespace {
 std::string blocks(test::ParsedSource& source)
 {
     std::vector<VormBasicBlock> found;
-    source.section()->getBlocks(found);
+    getBlocks(source.section(), found);
     std::ostringstream text;
     for (const VormBasicBlock& block : found) {
         text << "[";
@@ -60,7 +60,7 @@ TEST(VormBasicBlockTest, EditingKeepsTheBlockStart)
 {
     test::ParsedSource source("add r0, r1, r2\nadd r1, r2, r3\nadd r2, r3, r4\n");
     std::vector<VormBasicBlock> found;
-    source.section()->getBlocks(found);
+    getBlocks(source.section(), found);
     ASSERT_EQ(found.size(), 1u);
     VormBasicBlock block = found[0];
     VormBasicBlock head = block.split(std::next(block.begin()));

@@ -1,4 +1,4 @@
-#include "encoding/Tl3bDecoder.h"
+#include "isa/Tl3bDecoder.h"
 
 #include <algorithm>
 #include <bit>

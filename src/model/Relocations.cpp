@@ -1,4 +1,4 @@
-#include "encoding/Relocations.h"
+#include "model/Relocations.h"
 
 #include <cassert>
 

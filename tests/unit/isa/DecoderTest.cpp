@@ -1,5 +1,5 @@
 #include "encoding/AssembleSupport.h"
-#include "encoding/Tl3bDecoder.h"
+#include "isa/Tl3bDecoder.h"
 
 #include <gtest/gtest.h>
 

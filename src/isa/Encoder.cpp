@@ -1,4 +1,4 @@
-#include "encoding/Encoder.h"
+#include "isa/Encoder.h"
 
 #include <cassert>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "encoding/EncoderFormat.h"
-#include "encoding/Tl3bInstructionTable.h"
+#include "isa/EncoderFormat.h"
+#include "isa/Tl3bInstructionTable.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "encoding/Encoder.h"
+#include "isa/Encoder.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "encoding/EncoderFormat.h"
+#include "isa/EncoderFormat.h"
 
 #include <cassert>
 #include <cctype>

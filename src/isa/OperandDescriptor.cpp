@@ -1,4 +1,4 @@
-#include "encoding/OperandDescriptor.h"
+#include "isa/OperandDescriptor.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "encoding/EncodingFailInfo.h"
-#include "encoding/OperandDescriptor.h"
+#include "isa/EncodingFailInfo.h"
+#include "isa/OperandDescriptor.h"
 
 #include <array>
 #include <cstdint>

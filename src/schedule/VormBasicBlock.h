@@ -2,6 +2,8 @@
 
 #include "model/VormSection.h"
 
+#include <vector>
+
 namespace vorp {
 
 class VormLine;
@@ -33,5 +35,10 @@ private:
     LinePosition m_begin;
     LinePosition m_end;
 };
+
+// The blocks the scheduler may reorder, covering every line. A block ends after a branch that
+// doesn't link, after an instruction of undecided size, and before a target line or a line that
+// takes bytes; lines since the last instruction go to the head of the next block.
+void getBlocks(VormSection* section, std::vector<VormBasicBlock>& blocks);
 
 } // namespace vorp

@@ -2,8 +2,8 @@
 
 #include "frontend/Token.h"
 #include "model/VormDotAssertDirective.h"
-#include "model/VormDotJmptable32Directive.h"
-#include "model/VormDotJmptableDirective.h"
+#include "encoding/VormDotJmptable32Directive.h"
+#include "encoding/VormDotJmptableDirective.h"
 #include "model/VormDotSameResourceDirective.h"
 #include "model/VormDotSkipDirective.h"
 

@@ -1,7 +1,7 @@
 #include "encoding/AssembleSupport.h"
-#include "encoding/Encoder.h"
-#include "encoding/EncoderFormat.h"
-#include "encoding/OperandDescriptor.h"
+#include "isa/Encoder.h"
+#include "isa/EncoderFormat.h"
+#include "isa/OperandDescriptor.h"
 
 #include <gtest/gtest.h>
 
