@@ -1,6 +1,7 @@
 #include "assembler/AsmWriter.h"
 
 #include "diag/VorpErrorHandler.h"
+#include "encoding/CodeLines.h"
 #include "frontend/ExprEval.h"
 #include "frontend/VorpParser.h"
 #include "frontend/VorpTokeniser.h"
@@ -27,8 +28,8 @@ bool isConstantToken(const Token& token)
 
 } // namespace
 
-AsmWriter::AsmWriter(VormAssembler& assembler, VorpErrorHandler& errorHandler, bool schedule)
-    : m_assembler(assembler), m_errorHandler(errorHandler), m_defaultSchedule(schedule), m_schedule(schedule)
+AsmWriter::AsmWriter(AssemblerRun& run, VorpErrorHandler& errorHandler, bool schedule)
+    : m_run(run), m_assembler(run.getAssembler()), m_errorHandler(errorHandler), m_defaultSchedule(schedule), m_schedule(schedule)
 {
 }
 
@@ -39,12 +40,12 @@ void AsmWriter::makeLabelLine(const Token& name)
 
 void AsmWriter::makeAssemblyLine(TokenLinePtr line)
 {
-    m_assembler.addCode(m_section, std::move(line), m_schedule, m_syntax);
+    addCode(m_assembler, m_section, std::move(line), m_schedule, m_syntax);
 }
 
 void AsmWriter::makeDirectiveLine(TokenLinePtr line)
 {
-    m_assembler.addDirective(m_section, std::move(line), m_schedule);
+    addDirective(m_assembler, m_run.getDirectives(), m_section, std::move(line), m_schedule);
 }
 
 void AsmWriter::dataDirective(const Token& directive, OperandList values)
@@ -85,7 +86,7 @@ void AsmWriter::asciiDirective(const Token& directive, TokenLinePtr strings)
 
 void AsmWriter::identDirective(const Token&, const Token& text)
 {
-    m_assembler.getNotes().emplace_back(NoteMemo::IDENT, text.text);
+    m_run.getNotes().emplace_back(NoteMemo::IDENT, text.text);
 }
 
 void AsmWriter::coreDirective(const Token& directive, const Token& text)
@@ -95,7 +96,7 @@ void AsmWriter::coreDirective(const Token& directive, const Token& text)
                                  text.text);
         return;
     }
-    m_assembler.getNotes().emplace_back(NoteMemo::CORE, text.text);
+    m_run.getNotes().emplace_back(NoteMemo::CORE, text.text);
 }
 
 void AsmWriter::coreRevDirective(const Token& directive, const Token& text)
@@ -107,7 +108,7 @@ void AsmWriter::coreRevDirective(const Token& directive, const Token& text)
     if (m_assembler.getArch() != VormAssembler::TL3B)
         m_errorHandler.vorpError(location, AssErrorCodes::CORE_REVISION_MISMATCH,
                                  "Core revision \"%s\" does not match command line options.\n", text.text);
-    m_assembler.getNotes().emplace_back(NoteMemo::CORE_REVISION, text.text);
+    m_run.getNotes().emplace_back(NoteMemo::CORE_REVISION, text.text);
 }
 
 void AsmWriter::setDirective(const Token& directive, const Token& symbol, OperandPtr value)
@@ -291,7 +292,7 @@ void AsmWriter::fileDirective(const Token& directive, const Token& name)
 
 void AsmWriter::dwarfFileDirective(const Token& directive, const Token& index, const Token& name)
 {
-    m_assembler.getDebugLine().addFile(index.constantValue, name.text, locationOf(directive));
+    m_run.getDebugLine().addFile(index.constantValue, name.text, locationOf(directive));
 }
 
 void AsmWriter::visibilityDirective(const Token& directive, const Token& symbol, const Token* text)
@@ -545,7 +546,7 @@ void AsmWriter::zebBranchDirective(const Token& directive, OperandList values)
     // expression stay.
     VormLabel* location = nullptr;
     VormLabel* guard = nullptr;
-    std::vector<ZebBranch*>& branches = m_assembler.getZebInfo().branches;
+    std::vector<ZebBranch*>& branches = m_run.getZebInfo().branches;
     for (OperandPtr& value : values) {
         const OperandPtr tree(ExprEval::optimise(value.release()));
         const char* symbol = nullptr;
@@ -567,7 +568,7 @@ void AsmWriter::zebBranchDirective(const Token& directive, OperandList values)
 void AsmWriter::zebRecordDirective(const Token& directive, const Token& first, const Token& second,
                                    const Token& third, const Token& number)
 {
-    ZebInfo& info = m_assembler.getZebInfo();
+    ZebInfo& info = m_run.getZebInfo();
     switch (directive.symbol) {
     case S_D_ZEBENDPOINT:
         zebMarkerDirective(directive, first, second, third, number, info.endpoints);
@@ -599,12 +600,12 @@ void AsmWriter::zebMarkerDirective(const Token& directive, const Token& first, c
 
 void AsmWriter::zebThreadStartDirective(const Token& directive)
 {
-    zebThreadStopStartDirective(directive, m_assembler.getZebInfo().threadStarts);
+    zebThreadStopStartDirective(directive, m_run.getZebInfo().threadStarts);
 }
 
 void AsmWriter::zebThreadStopDirective(const Token& directive)
 {
-    zebThreadStopStartDirective(directive, m_assembler.getZebInfo().threadStops);
+    zebThreadStopStartDirective(directive, m_run.getZebInfo().threadStops);
 }
 
 void AsmWriter::zebThreadStopStartDirective(const Token& directive, std::vector<ZebThreadDelimiter*>& list)
@@ -616,7 +617,7 @@ void AsmWriter::zebThreadStopStartDirective(const Token& directive, std::vector<
 void AsmWriter::zebLoopDirective(const Token& directive, const Token& count)
 {
     VormLabel* location = addRecordLabel(directive);
-    m_assembler.getZebInfo().loops.push_back(
+    m_run.getZebInfo().loops.push_back(
         new ZebLoop{location, count.constantValue, timingGuard(m_section, location)});
 }
 
@@ -653,7 +654,7 @@ void AsmWriter::cfiSectionsDirective(const Token& directive, TokenLinePtr symbol
             m_errorHandler.vorpError(locationOf(directive), AssErrorCodes::CFI_SECTION, "unknown CFI section \"%s\"\n",
                                      symbol.text);
     }
-    m_assembler.getDebugFrame().setSections(debugFrame, ehFrame);
+    m_run.getDebugFrame().setSections(debugFrame, ehFrame);
 }
 
 void AsmWriter::cfiStartprocDirective(const Token& directive, const Token* word)
@@ -666,7 +667,7 @@ void AsmWriter::cfiStartprocDirective(const Token& directive, const Token* word)
                                  "previous .cfi_startproc directive not closed with .cfi_endproc\n");
         return;
     }
-    DebugFrameProc* proc = m_assembler.getDebugFrame().addProc();
+    DebugFrameProc* proc = m_run.getDebugFrame().addProc();
     proc->startLabel = addRecordLabel(directive);
     proc->simple = word != nullptr;
     m_section->setCurrentProc(proc);
@@ -819,13 +820,14 @@ void AsmWriter::cfiRestoreState(const Token& directive)
 
 // ---- End of frame directives ----
 
-int vorpparse(VormAssembler& assembler, const std::vector<const char*>& files, bool schedule)
+int vorpparse(AssemblerRun& run, const std::vector<const char*>& files, bool schedule)
 {
+    VormAssembler& assembler = run.getAssembler();
     VorpErrorHandler& errorHandler = assembler.getErrorHandler();
     VorpTokeniser tokeniser;
     if (!tokeniser.lexInit(files, &errorHandler))
         return 1;
-    AsmWriter writer(assembler, errorHandler, schedule);
+    AsmWriter writer(run, errorHandler, schedule);
     writer.setCurrentSection(assembler.addSection(".text", "ax", "progbits", 0, "", false));
     VorpParser(tokeniser, errorHandler, writer).parse();
     assembler.statistics().tokens = tokeniser.tokensScanned();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "assembler/AssemblerRun.h"
 #include "frontend/ParserActions.h"
 #include "model/VormAssembler.h"
 
@@ -15,7 +16,7 @@ class VorpErrorHandler;
 // current section, the .pushsection stack and the .scheduling and .syntax modes.
 class AsmWriter : public ParserActions {
 public:
-    AsmWriter(VormAssembler& assembler, VorpErrorHandler& errorHandler, bool schedule);
+    AsmWriter(AssemblerRun& run, VorpErrorHandler& errorHandler, bool schedule);
 
     VormSection* getSection() const { return m_section; }
     void setCurrentSection(VormSection* section) { m_section = section; }
@@ -103,6 +104,7 @@ private:
     // .zebthreadstart, .zebthreadstop: a label here and a delimiter record in `list`.
     void zebThreadStopStartDirective(const Token& directive, std::vector<ZebThreadDelimiter*>& list);
 
+    AssemblerRun& m_run;
     VormAssembler& m_assembler;
     VorpErrorHandler& m_errorHandler;
     bool m_defaultSchedule;
@@ -112,8 +114,8 @@ private:
     std::deque<VormSection*> m_sectionStack;
 };
 
-// Reads all inputs and parses them into the assembler, starting in ".text". Returns 1 when an
+// Reads all inputs and parses them into the run's assembly, starting in ".text". Returns 1 when an
 // input can't be opened (already reported), else 0; all other failures are in the error handler.
-int vorpparse(VormAssembler& assembler, const std::vector<const char*>& files, bool schedule);
+int vorpparse(AssemblerRun& run, const std::vector<const char*>& files, bool schedule);
 
 } // namespace vorp

@@ -6,6 +6,7 @@
 #include "driver/SignalHandling.h"
 #include "assembler/AsmWriter.h"
 #include "model/RunStatistics.h"
+#include "assembler/AssemblerRun.h"
 #include "model/VormAssembler.h"
 #include "model/VormLine.h"
 
@@ -84,11 +85,11 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::str
     for (const std::string& name : options.inputFiles)
         inputs.push_back(name.c_str());
 
-    VormAssembler assembler(options.assemblerOptions(workingDir), &utils, &errorHandler);
-    const StatisticsReport report(assembler.statistics());
+    AssemblerRun run(options.assemblerOptions(workingDir), &utils, &errorHandler);
+    const StatisticsReport report(run.getAssembler().statistics());
     setAddressRangeOutputFile(options.outputName.c_str());
-    vorpparse(assembler, inputs, options.schedule);
-    return assembler.postParse(inputs.front()) != 0 ? 1 : 0;
+    vorpparse(run, inputs, options.schedule);
+    return run.postParse(inputs.front()) != 0 ? 1 : 0;
 }
 
 int guardedRun(int argc, char** argv)

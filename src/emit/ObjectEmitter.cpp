@@ -8,6 +8,7 @@
 #include "elf/ElfString.h"
 #include "elf/ElfSymbolTable.h"
 #include "emit/OutputFile.h"
+#include "metadata/NoteMemo.h"
 #include "debug/EliminationBlocks.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAssembler.h"
@@ -197,7 +198,7 @@ bool ObjectEmitter::dumpBinary(const char* sourceName, OutputFile& object)
     }
     elf.addExprSection(0, static_cast<unsigned>(20 * expressions.size()), exprData, ".expr", 0, 4, 4);
 
-    for (const NoteMemo& note : m_assembler.getNotes())
+    for (const NoteMemo& note : m_notes)
         elf.addNoteSection(".telknote", static_cast<std::uint32_t>(note.getKind()), note.getText().data(),
                            static_cast<unsigned>(note.getText().size()));
 

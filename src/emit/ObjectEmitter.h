@@ -1,8 +1,11 @@
 #pragma once
 
+#include <vector>
+
 namespace vorp {
 
 class ElfHandler;
+class NoteMemo;
 class OutputFile;
 class VormAssembler;
 class VormLabel;
@@ -12,7 +15,9 @@ class VormSection;
 // every label that isn't merely mentioned, relocation tables, ".expr", notes and groups.
 class ObjectEmitter {
 public:
-    explicit ObjectEmitter(VormAssembler& assembler) : m_assembler(assembler) {}
+    ObjectEmitter(VormAssembler& assembler, const std::vector<NoteMemo>& notes) : m_assembler(assembler), m_notes(notes)
+    {
+    }
 
     // `sourceName` names the file symbol when no .file did; null for none. The object goes into
     // `object`, opened on the output name and closed, but not yet committed.
@@ -26,6 +31,7 @@ private:
     void addLabelSymbol(ElfHandler& elf, VormLabel* label, unsigned sectionNumber);
 
     VormAssembler& m_assembler;
+    const std::vector<NoteMemo>& m_notes;
 };
 
 } // namespace vorp

@@ -1,5 +1,6 @@
 #include "encoding/VormDotJmptable32Directive.h"
 
+#include "encoding/CodeLines.h"
 #include "encoding/VormCodeLine.h"
 #include "model/VormAssembler.h"
 #include "model/VormDirectiveLine.h"
@@ -9,7 +10,7 @@ namespace vorp {
 void VormDotJmptable32Directive::initialise(VormDirectiveLine* line, VormAssembler& assembler, VorpErrorHandler&)
 {
     for (unsigned i = 1; i < line->numTokens(); i += 2)
-        assembler.addBranch(line->getSection(), line->getToken(i).text, line->getLineNum(), line->getFileName())
+        addBranch(assembler, line->getSection(), line->getToken(i).text, line->getLineNum(), line->getFileName())
             ->forceSize(4);
 }
 

@@ -2,6 +2,7 @@
 
 #include "diag/VorpErrorHandler.h"
 #include "isa/Encoder.h"
+#include "encoding/CodeLines.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormJTTrampoline.h"
 #include "model/VormAssembler.h"
@@ -21,7 +22,7 @@ void VormDotJmptableDirective::initialise(VormDirectiveLine* line, VormAssembler
     VormSection* section = line->getSection();
     std::vector<VormCodeLine*> entries;
     for (unsigned i = 1; i < line->numTokens(); i += 2)
-        entries.push_back(assembler.addBranch(section, line->getToken(i).text, line->getLineNum(), line->getFileName()));
+        entries.push_back(addBranch(assembler, section, line->getToken(i).text, line->getLineNum(), line->getFileName()));
 
     if (entries.size() > 32)
         errorHandler.vorpError(line->getLocation(), AssErrorCodes::JUMP_TABLE_SIZE,
@@ -45,7 +46,7 @@ void VormDotJmptableDirective::initialise(VormDirectiveLine* line, VormAssembler
         VormJTTrampoline*& trampoline = trampolines[target];
         if (!trampoline) {
             assembler.addLabel(section, newToken(S_NAME, name.c_str(), line->getLineNum(), line->getFileName()), false);
-            trampoline = assembler.addJTTrampoline(section, VormAssembler::newBranchTokenLine(
+            trampoline = addJTTrampoline(assembler, section, newBranchTokenLine(
                                                                 target.c_str(), line->getLineNum(), line->getFileName()));
         }
         trampoline->addTrampolineUse(entry);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "model/AssemblerOptions.h"
+
 #include <string>
+#include <vector>
 
 namespace vorp {
 
@@ -19,5 +22,8 @@ private:
     int m_kind;
     std::string m_text;
 };
+
+// Makes sure the object names its architecture and core revision.
+void addDefaultNotes(std::vector<NoteMemo>& notes, AssemblerOptions::Arch arch);
 
 } // namespace vorp

@@ -1,18 +1,11 @@
 #pragma once
 
-#include "debug/DebugFrame.h"
-#include "debug/DebugInfo.h"
-#include "debug/DebugLine.h"
 #include "diag/Location.h"
 #include "elf/ElfHandler.h"
-#include "encoding/InstructionGrouping.h"
 #include "isa/Tl3bInstructionTable.h"
 #include "frontend/Token.h"
-#include "metadata/NoteMemo.h"
-#include "metadata/ZebInfo.h"
 #include "model/AssemblerOptions.h"
 #include "model/VormDataLine.h"
-#include "encoding/VormDirectives.h"
 #include "model/VormLabels.h"
 #include "model/RunStatistics.h"
 #include "model/VormLinkerExps.h"
@@ -28,10 +21,7 @@
 
 namespace vorp {
 
-class OutputFile;
 class VormAlignDirectiveLine;
-class VormCodeLine;
-class VormJTTrampoline;
 class VormAsciiLine;
 class VormCCDirectiveLine;
 class VormLabelLine;
@@ -39,10 +29,9 @@ class VormLine;
 class VormLocDirectiveLine;
 class VorpErrorHandler;
 struct TelkUtils;
-class SizeIterationObserver;
 
-// The one central object of a run: it owns every section and line, the label table and everything
-// else the source defines, and turns them into an object file by a fixed sequence of passes.
+// The assembly a source defines: every section and line, the label table and the linker records,
+// with the instruction tables its lines refer to. It holds them; the steps of a run act on them.
 class VormAssembler {
 public:
     using Arch = AssemblerOptions::Arch;
@@ -62,23 +51,7 @@ public:
 
     VormLabels& getLabels() { return m_labels; }
     VormLinkerExps& getLinkerExps() { return m_linkerExps; }
-    std::vector<NoteMemo>& getNotes() { return m_notes; }
     Arch getArch() const { return m_arch; }
-    DebugLine& getDebugLine() { return m_debugLine; }
-    DebugFrame& getDebugFrame() { return m_debugFrame; }
-    DebugInfo& getDebugInfo() { return m_debugInfo; }
-    ZebInfo& getZebInfo() { return m_zebInfo; }
-
-    // Line rows come from .loc when the compiler wrote its own ".debug_info" and no line table;
-    // from every instruction of ".text" with -g on plain assembly.
-    bool shouldGenDwarfFromLoc() const;
-    bool shouldGenDwarfFromLines() const;
-    bool shouldGenDwarf() const { return shouldGenDwarfFromLoc() || shouldGenDwarfFromLines(); }
-    // The compilation unit for -g on plain assembly.
-    void emitDefaultDwarfSections();
-    // A row for the code line at `position`, with a label in front of it; false for lines that
-    // get none.
-    bool addToDebugLine(VormSection* section, LinePosition position, bool inCC);
     VorpErrorHandler& getErrorHandler() { return *m_errorHandler; }
     bool getDebug() const { return m_options.debug; }
     const AssemblerOptions& getOptions() const { return m_options; }
@@ -109,7 +82,8 @@ public:
     void setFilename(const std::string& name, const Location& location);
     const std::string& getFilename() const { return m_filename; }
 
-    // Adding lines: the only way lines enter a section. The forms with a position insert before it.
+    // Adding lines: the only way lines enter a section (instruction and directive lines come through
+    // encoding/CodeLines.h, which ends here too). The forms with a position insert before it.
     void addLine(VormSection* section, VormLine* line);
     void addLine(VormSection* section, LinePosition position, VormLine* line);
     VormLocDirectiveLine* addLocDirective(VormSection* section, const LineLocation& location, bool schedule);
@@ -128,8 +102,6 @@ public:
                                      VormCCDirectiveLine* top);
     VormAsciiLine* addAscii(VormSection* section, const LineLocation& location, bool zeroTerminate,
                             std::vector<Token> strings);
-    // A directive kept as tokens (.skip, .space, .assert, .sameresource), initialised at once.
-    VormDirectiveLine* addDirective(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule);
     VormDataLine* addData(VormSection* section, const LineLocation& location, VormDataLine::Type type,
                           std::vector<Operand*> operands);
     VormLabelLine* addLabelLine(VormLabel* label, VormSection* section, LinePosition position,
@@ -147,37 +119,6 @@ public:
     }
     // The encoder of a mnemonic in a syntax, or null.
     const Encoder* findEncoder(const char* name, Syntax syntax) const;
-    // An instruction line; an unknown mnemonic is reported (error 4, or 0 when the other syntax
-    // knows it) and gives null.
-    VormCodeLine* addCode(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule, Syntax syntax);
-    // A `bu TARGET` line added at the end of the section, in the default syntax and unscheduled.
-    VormCodeLine* addBranch(VormSection* section, const char* target, int line, const char* file);
-    static std::unique_ptr<TokenLine> newBranchTokenLine(const char* target, int line, const char* file);
-    VormJTTrampoline* addJTTrampoline(VormSection* section, std::unique_ptr<TokenLine> tokens);
-    // Reports an instruction that no format fits (errors 48, 49) and ends the run.
-    [[noreturn]] void noMatchingFormatError(EncodingFailInfo& failInfo);
-
-
-    // The units the format iteration walks for a section; `hasScheduling` says whether any of them
-    // is a scheduled block.
-    void getInstructionGroupings(VormSection* section, InstructionGroupings& groupings, bool& hasScheduling);
-
-    // Runs the passes that precede object emission, each only while no error has been reported;
-    // true when none has.
-    bool runPasses();
-    // Runs the passes; 0 on success, 1 after any error, when the output file is also removed.
-    int postParse(const char* fileSymbolName);
-
-    // Makes sure the object names its architecture and core revision.
-    void addDefaultNotes();
-
-    // The listing: labels, data and reserved space of every section in final order, into
-    // `listing`, opened on the listing's name and closed, but not yet committed. False, with the
-    // reason reported, when it can't be written.
-    bool printListing(OutputFile& listing);
-    // False when a line can't be written.
-    bool printListing(FILE* file, LineList& lines);
-
     RunStatistics& statistics() { return m_statistics; }
     const RunStatistics& statistics() const { return m_statistics; }
 
@@ -185,16 +126,6 @@ public:
     void dump() const;
 
 private:
-    void checkForUnterminatedCCTop();
-    // Prepares a compiler's ".debug_info" for elimination by the linker.
-    void rewriteDwarf();
-    void expandDirectives();
-    void expandDirectives(VormSection* section);
-    void chooseInstructionFormats();
-    void chooseInstructionFormats(VormSection* section);
-    // The call frame sections, written once every address is exact.
-    void expandLateDirectives();
-
     // Lines point into the encoders, so these outlive the sections.
     Tl3bInstructionTable m_instructionTable;
     EncoderMap m_encoders;
@@ -202,13 +133,6 @@ private:
     VormLabels m_labels;
     VorpErrorHandler* m_errorHandler;
     VormLinkerExps m_linkerExps;
-    std::vector<NoteMemo> m_notes;
-    DebugLine m_debugLine;
-    DebugFrame m_debugFrame;
-    DebugInfo m_debugInfo;
-    ZebInfo m_zebInfo;
-    std::map<std::string, std::uint32_t> m_fileNumbers;
-    VormDirectives m_directives;
     Arch m_arch;
     TelkUtils* m_utils;
     std::string m_filename;

@@ -26,17 +26,18 @@ public:
     // Parses `text` as file "a.S" into ".text"; what went to standard error is kept in `diagnostics`.
     explicit ParsedSource(const std::string& text, bool debugScheduling = false)
         : m_utils{&m_plainErrors},
-          assembler(AssemblerOptions{.sourcePath = "a.S",
-                                     .outputFile = m_output,
-                                     .rewriteDebug = false,
-                                     .debugScheduling = debugScheduling},
-                    &m_utils, &errors)
+          run(AssemblerOptions{.sourcePath = "a.S",
+                               .outputFile = m_output,
+                               .rewriteDebug = false,
+                               .debugScheduling = debugScheduling},
+              &m_utils, &errors),
+          assembler(run.getAssembler())
     {
         testing::internal::CaptureStderr();
         m_tokeniser.lexInit({}, &errors);
         m_tokeniser.addInput("a.S", "a.S", text);
         m_tokeniser.startScanning();
-        AsmWriter writer(assembler, errors, false);
+        AsmWriter writer(run, errors, false);
         m_section = assembler.addSection(".text", "ax", "progbits", 0, "", false);
         writer.setCurrentSection(m_section);
         VorpParser(m_tokeniser, errors, writer).parse();
@@ -54,7 +55,7 @@ public:
     // Settles addresses; the passes must run cleanly.
     void settle()
     {
-        ASSERT_TRUE(assembler.runPasses());
+        ASSERT_TRUE(run.runPasses());
     }
 
     // The bytes of one line; its relocations go to the section.
@@ -134,7 +135,8 @@ private:
 
 public:
     VorpErrorHandler errors;
-    VormAssembler assembler;
+    AssemblerRun run;
+    VormAssembler& assembler;
     std::string diagnostics;
 };
 

@@ -22,10 +22,10 @@ std::uint32_t bytesOf(const VormLine* line)
     return maxBytes;
 }
 
-std::string notes(VormAssembler& assembler)
+std::string notes(AssemblerRun& run)
 {
     std::string text;
-    for (const NoteMemo& note : assembler.getNotes())
+    for (const NoteMemo& note : run.getNotes())
         text += (text.empty() ? "" : " ") + std::to_string(note.getKind()) + ":" + note.getText();
     return text;
 }
@@ -142,32 +142,32 @@ TEST(AsmWriterTest, CoreNotes)
 {
     {
         ParsedSource s("");
-        s.assembler.addDefaultNotes();
-        EXPECT_EQ(notes(s.assembler), "2:TL3 3:REVB");
+        s.run.addDefaultNotes();
+        EXPECT_EQ(notes(s.run), "2:TL3 3:REVB");
     }
     {
         ParsedSource s(".ident \"v1\"\n");
         s.settle(); // the defaults come with the passes
-        EXPECT_EQ(notes(s.assembler), "1:v1 2:TL3 3:REVB");
+        EXPECT_EQ(notes(s.run), "1:v1 2:TL3 3:REVB");
     }
     {
         ParsedSource s(".ident \"hi\"\n.corerev \"REVC\"\n.core \"TL3\"\n");
         ASSERT_EQ(s.diagnostics, "");
-        s.assembler.addDefaultNotes();
-        s.assembler.addDefaultNotes();
-        EXPECT_EQ(notes(s.assembler), "1:hi 3:REVC 2:TL3");
+        s.run.addDefaultNotes();
+        s.run.addDefaultNotes();
+        EXPECT_EQ(notes(s.run), "1:hi 3:REVC 2:TL3");
     }
     {
         ParsedSource s(".core \"X\"\n");
         EXPECT_EQ(s.diagnostics, "a.S:1: Error: A00030 Unsupported core \"X\".\n");
-        EXPECT_EQ(notes(s.assembler), "");
+        EXPECT_EQ(notes(s.run), "");
     }
     {
         ParsedSource s(".corerev \"REVX\"\n");
         EXPECT_EQ(s.diagnostics, "a.S:1: Error: A00031 Unsupported core revision \"REVX\".\n");
-        EXPECT_EQ(notes(s.assembler), "3:REVX");
-        s.assembler.addDefaultNotes();
-        EXPECT_EQ(notes(s.assembler), "3:REVX 2:TL3");
+        EXPECT_EQ(notes(s.run), "3:REVX");
+        s.run.addDefaultNotes();
+        EXPECT_EQ(notes(s.run), "3:REVX 2:TL3");
     }
 }
 

@@ -36,10 +36,10 @@ TEST(DebugLineRowsTest, LocDirectivesBecomeRowsWhenTheCompilerWroteDebugInfo)
     // The sequence open at the cc_bottom ends with it, and the walk stays inside the block until
     // the next cc_top: the row after it is a cc row too.
     // An end row is a copy of the row before it, block name included.
-    EXPECT_EQ(rows(source.assembler.getDebugLine()),
+    EXPECT_EQ(rows(source.run.getDebugLine()),
               "1:5; 1:6 cc; 1:6 cc-of-row-before end; 2:7 cc !stmt; 2:7 cc-of-row-before !stmt end; ");
     // Each row's label stands right before its .loc line.
-    for (const DebugLineRow& row : source.assembler.getDebugLine().getRows()) {
+    for (const DebugLineRow& row : source.run.getDebugLine().getRows()) {
         VormLabel* label = source.label(row.address.c_str());
         ASSERT_NE(label, nullptr) << row.address;
         EXPECT_NE(label->getTargetLine(), nullptr);
@@ -50,7 +50,7 @@ TEST(DebugLineRowsTest, LocDirectivesAloneMakeNoRows)
 {
     test::ParsedSource source(".loc 1 5 0\nnop\n");
     source.settle();
-    EXPECT_TRUE(source.assembler.getDebugLine().getRows().empty());
+    EXPECT_TRUE(source.run.getDebugLine().getRows().empty());
 }
 
 TEST(DebugLineRowsTest, FileIndexesAndValidation)
@@ -58,7 +58,7 @@ TEST(DebugLineRowsTest, FileIndexesAndValidation)
     test::ParsedSource source(".file 0 \"zero.c\"\n.file 2 \"b.c\"\n.file 2 \"c.c\"\n.file 2 \"c.c\"\n");
     EXPECT_EQ(source.diagnostics, "a.S:1: Error: A00042 Invalid filename index.a.S:3: Error: A00021 Filename index is not "
                                   "unique.");
-    EXPECT_EQ(source.assembler.getDebugLine().getFiles(), (std::vector<std::string>{"", "c.c"}));
+    EXPECT_EQ(source.run.getDebugLine().getFiles(), (std::vector<std::string>{"", "c.c"}));
 
     VorpErrorHandler errors;
     DebugLine gaps(&errors);

@@ -37,8 +37,9 @@ inline Assembled assemble(const std::string& text, bool capture = true, std::uin
     TelkUtils utils{&plain};
     VorpErrorHandler errors;
     const std::string output = testing::TempDir() + "encoding_test.o";
-    VormAssembler assembler(
-        AssemblerOptions{.sourcePath = "a.S", .outputFile = output, .maxEncodingPasses = maxPasses}, &utils, &errors);
+    AssemblerRun run(AssemblerOptions{.sourcePath = "a.S", .outputFile = output, .maxEncodingPasses = maxPasses}, &utils,
+                     &errors);
+    VormAssembler& assembler = run.getAssembler();
     Assembled result;
     if (capture)
         testing::internal::CaptureStderr();
@@ -46,10 +47,10 @@ inline Assembled assemble(const std::string& text, bool capture = true, std::uin
     tokeniser.lexInit({}, &errors);
     tokeniser.addInput("a.S", "a.S", text);
     tokeniser.startScanning();
-    AsmWriter writer(assembler, errors, false);
+    AsmWriter writer(run, errors, false);
     writer.setCurrentSection(assembler.addSection(".text", "ax", "progbits", 0, "", false));
     VorpParser(tokeniser, errors, writer).parse();
-    const bool ok = assembler.runPasses();
+    const bool ok = run.runPasses();
     if (capture)
         result.messages = testing::internal::GetCapturedStderr();
     if (!ok)

@@ -104,9 +104,9 @@ inline IterationRun runIteration(const std::string& directory, std::vector<std::
         AssemblerOptions settings = options.assemblerOptions("");
         settings.referenceSizeIteration = reference;
         settings.sizeIterationObserver = &writer;
-        VormAssembler assembler(settings, &utils, &errorHandler);
-        vorpparse(assembler, inputs, options.schedule);
-        const int status = assembler.postParse(inputs.front()) != 0 ? 1 : 0;
+        AssemblerRun assembly(settings, &utils, &errorHandler);
+        vorpparse(assembly, inputs, options.schedule);
+        const int status = assembly.postParse(inputs.front()) != 0 ? 1 : 0;
         std::fflush(nullptr);
         std::exit(status);
     }

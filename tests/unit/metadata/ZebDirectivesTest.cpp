@@ -36,7 +36,7 @@ TEST(ZebDirectivesTest, BranchEntriesShareOneNamedLabel)
     EXPECT_EQ(s.lines().front(), s.label("a")->getTargetLine());
     EXPECT_EQ(countLines(s.section(), LABEL_LINE), 5u); // a, b, c and one per non-empty directive
 
-    const std::vector<ZebBranch*>& branches = s.assembler.getZebInfo().branches;
+    const std::vector<ZebBranch*>& branches = s.run.getZebInfo().branches;
     ASSERT_EQ(branches.size(), 4u);
     const char* targets[] = {"a", "b", "c", "b"};
     const int offsets[] = {0, 4, -4, 6};
@@ -61,7 +61,7 @@ TEST(ZebDirectivesTest, InvalidBranchStopsAtTheFirstBadExpression)
                              "a.S:3: Error: A00008 .zebbranch invalid syntax for directive\n"
                              "a.S:4: Error: A00008 .zebbranch invalid syntax for directive\n"
                              "a.S:5: Error: A00008 .zebbranch invalid syntax for directive\n");
-    const std::vector<ZebBranch*>& branches = s.assembler.getZebInfo().branches;
+    const std::vector<ZebBranch*>& branches = s.run.getZebInfo().branches;
     ASSERT_EQ(branches.size(), 1u);
     EXPECT_EQ(branches[0]->target, s.label("a"));
     EXPECT_EQ(s.label("b"), nullptr);
@@ -75,7 +75,7 @@ TEST(ZebDirectivesTest, GuardIsTheLocationInsideAnOpenBlockOfTheSection)
                    ".zebloop 3\n.text\n.zebloop 4\n.zebthreadstart\n.zebthreadstop\n.zeblabel \"l\", \"d\", \"f\", 0\n"
                    ".zebbranch f\n.cc_bottom f.function\n.zebloop 5\n.zebthreadstart\n.zebbranch f\n");
     ASSERT_EQ(s.diagnostics, "");
-    const ZebInfo& info = s.assembler.getZebInfo();
+    const ZebInfo& info = s.run.getZebInfo();
     ASSERT_EQ(info.loops.size(), 5u);
     const bool guarded[] = {false, true, false, true, false};
     for (std::size_t i = 0; i < info.loops.size(); ++i) {
@@ -100,7 +100,7 @@ TEST(ZebDirectivesTest, RecordDirectivesFillTheirOwnLists)
                    ".zebcall \"c1\", \"c2\", \"c3\", 'A'\n.zebcommand \"m1\", \"m2\", \"m3\", 4\n"
                    ".zebsystem \"s1\", \"s2\", \"s3\", 0xffffffff\n");
     ASSERT_EQ(s.diagnostics, "");
-    const ZebInfo& info = s.assembler.getZebInfo();
+    const ZebInfo& info = s.run.getZebInfo();
     const std::vector<ZebMarker*>* markers[] = {&info.endpoints, &info.labels, &info.calls};
     const char* prefixes[] = {"e", "l", "c"};
     const unsigned values[] = {1, 2, 65};
@@ -134,7 +134,7 @@ TEST(ZebDirectivesTest, GuardedRecordsGetBlocksNumberedAcrossSections)
     for (const char* name : {".zebcommand", ".zebsystem", ".zebbranch", ".zebthreadstart", ".zebthreadstop",
                              ".zebendpoint", ".zebcall"})
         EXPECT_EQ(s.assembler.findSection(name), nullptr) << name;
-    const ZebInfo& info = s.assembler.getZebInfo();
+    const ZebInfo& info = s.run.getZebInfo();
     const VormSection* loopSection = s.assembler.findSection(".zebloop");
     const VormSection* labelSection = s.assembler.findSection(".zeblabel");
     ASSERT_NE(loopSection, nullptr);

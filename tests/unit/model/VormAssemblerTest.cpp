@@ -1,3 +1,4 @@
+#include "assembler/AssemblerRun.h"
 #include "diag/ErrorHandler.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
@@ -23,7 +24,8 @@ class VormAssemblerTest : public testing::Test {
 protected:
     VormAssemblerTest()
         : m_utils{&m_plainErrors},
-          m_assembler(AssemblerOptions{.sourcePath = "a.S", .outputFile = m_output}, &m_utils, &m_errors)
+          m_run(AssemblerOptions{.sourcePath = "a.S", .outputFile = m_output}, &m_utils, &m_errors),
+          m_assembler(m_run.getAssembler())
     {
     }
 
@@ -48,7 +50,8 @@ protected:
     ErrorHandler m_plainErrors;
     TelkUtils m_utils;
     VorpErrorHandler m_errors;
-    VormAssembler m_assembler;
+    AssemblerRun m_run;
+    VormAssembler& m_assembler;
 };
 
 TEST_F(VormAssemblerTest, AlignmentUnderUncertainAddresses)
@@ -125,7 +128,7 @@ TEST_F(VormAssemblerTest, ScheduledEliminationBlocksStartAligned)
     m_assembler.addLabel(section, newToken(S_NAME, "g", 8, "a.S"), false);
     m_assembler.addCCBottom(section, ccLine(S_D_CCBOT, "g.function"));
 
-    ASSERT_EQ(m_assembler.postParse("a.S"), 0);
+    ASSERT_EQ(m_run.postParse("a.S"), 0);
     EXPECT_EQ(text(section), ".section .text\nbefore:\n.cc_top f.function\n.align 4\nf:\n.align 2\n"
                              ".cc_bottom f.function\n.cc_top g.function\ng:\n.cc_bottom g.function\n");
     EXPECT_EQ(section->getSize(), 0u);
@@ -138,7 +141,7 @@ TEST_F(VormAssemblerTest, FormatChoiceSettlesAddressesAndSizes)
     m_assembler.addLabel(data, newToken(S_NAME, "start", 1, "a.S"), false);
     m_assembler.addAlign(data, 16, 0, LineLocation("a.S", 2), false);
     m_assembler.addLabel(data, newToken(S_NAME, "end", 3, "a.S"), false);
-    ASSERT_EQ(m_assembler.postParse("a.S"), 0);
+    ASSERT_EQ(m_run.postParse("a.S"), 0);
     EXPECT_EQ(data->getSize(), 0u);
     EXPECT_TRUE(m_assembler.getLabels().labelsFinalised());
     EXPECT_EQ(m_assembler.getLabels().findLabel("end")->getValue(), 0u);
@@ -152,7 +155,7 @@ TEST_F(VormAssemblerTest, ErrorsSkipTheLaterPassesAndRemoveTheOutput)
     VormSection* other = m_assembler.addSection(".b", "ax", "progbits", 0, "", false);
     m_assembler.addCCTop(other, ccLine(S_D_CCTOP, "g.function"));
     CaptureStderr();
-    EXPECT_EQ(m_assembler.postParse("a.S"), 1);
+    EXPECT_EQ(m_run.postParse("a.S"), 1);
     EXPECT_EQ(GetCapturedStderr(), "a.S:3: Error: A00035 Unterminated cc_top directive.\n"
                                    "a.S:3: Error: A00035 Unterminated cc_top directive.\n");
     EXPECT_FALSE(m_assembler.getLabels().labelsFinalised());

@@ -1,5 +1,6 @@
 #include "ParsedSource.h"
 #include "encoding/InstructionGroupingSingle.h"
+#include "layout/FormatChoice.h"
 #include "schedule/InstructionGroupingScheduled.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +28,7 @@ std::string order(test::ParsedSource& source)
 std::string groupings(test::ParsedSource& source, bool& hasScheduling)
 {
     InstructionGroupings found;
-    source.assembler.getInstructionGroupings(source.section(), found, hasScheduling);
+    getInstructionGroupings(source.assembler, source.section(), found, hasScheduling);
     std::string text;
     for (const auto& grouping : found) {
         if (const auto* block = dynamic_cast<const InstructionGroupingScheduled*>(grouping.get()))

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "debug/DebugData.h"
+#include "encoding/VormDirectives.h"
+#include "metadata/NoteMemo.h"
+#include "metadata/ZebInfo.h"
+#include "model/AssemblerOptions.h"
+#include "model/VormAssembler.h"
+
+#include <vector>
+
+namespace vorp {
+
+class VorpErrorHandler;
+struct TelkUtils;
+
+// One run of the assembler: the assembly the source builds (sections, lines, labels), with
+// everything the run gathers beside it (debug and timing data, notes, the directive objects), and
+// the steps that turn it into an object, in their fixed order.
+class AssemblerRun {
+public:
+    AssemblerRun(AssemblerOptions options, TelkUtils* utils, VorpErrorHandler* errorHandler);
+    AssemblerRun(const AssemblerRun&) = delete;
+    AssemblerRun& operator=(const AssemblerRun&) = delete;
+
+    VormAssembler& getAssembler() { return m_assembler; }
+    const AssemblerOptions& getOptions() const { return m_assembler.getOptions(); }
+    DebugData& getDebugData() { return m_debug; }
+    DebugLine& getDebugLine() { return m_debug.getDebugLine(); }
+    DebugFrame& getDebugFrame() { return m_debug.getDebugFrame(); }
+    DebugInfo& getDebugInfo() { return m_debug.getDebugInfo(); }
+    ZebInfo& getZebInfo() { return m_zebInfo; }
+    std::vector<NoteMemo>& getNotes() { return m_notes; }
+    VormDirectives& getDirectives() { return m_directives; }
+
+    // Runs the steps that precede object emission, each only while no error has been reported;
+    // true when none has.
+    bool runPasses();
+    // Runs the steps, writes the object (and the listing); 0 on success, 1 after any error, when
+    // the output file is also removed.
+    int postParse(const char* fileSymbolName);
+
+    // Makes sure the object names its architecture and core revision.
+    void addDefaultNotes() { vorp::addDefaultNotes(m_notes, getOptions().arch); }
+
+private:
+    void checkForUnterminatedCCTop();
+    // Prepares a compiler's ".debug_info" for elimination by the linker.
+    void rewriteDwarf();
+    void expandDirectives();
+    void chooseInstructionFormats();
+    // The call frame sections, written once every address is exact.
+    void expandLateDirectives();
+
+    VormAssembler m_assembler;
+    VorpErrorHandler* m_errorHandler;
+    TelkUtils* m_utils;
+    DebugData m_debug;
+    ZebInfo m_zebInfo;
+    std::vector<NoteMemo> m_notes;
+    VormDirectives m_directives;
+};
+
+} // namespace vorp
