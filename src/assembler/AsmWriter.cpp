@@ -820,19 +820,15 @@ void AsmWriter::cfiRestoreState(const Token& directive)
 
 // ---- End of frame directives ----
 
-int vorpparse(AssemblerRun& run, const std::vector<const char*>& files, bool schedule)
+void parseSource(AssemblerRun& run, VorpTokeniser& tokeniser)
 {
     VormAssembler& assembler = run.getAssembler();
     VorpErrorHandler& errorHandler = assembler.getErrorHandler();
-    VorpTokeniser tokeniser;
-    if (!tokeniser.lexInit(files, &errorHandler))
-        return 1;
-    AsmWriter writer(run, errorHandler, schedule);
+    AsmWriter writer(run, errorHandler, run.getOptions().schedule);
     writer.setCurrentSection(assembler.addSection(".text", "ax", "progbits", 0, "", false));
     VorpParser(tokeniser, errorHandler, writer).parse();
     assembler.statistics().tokens = tokeniser.tokensScanned();
     assembler.statistics().lines = tokeniser.linesScanned();
-    return 0;
 }
 
 } // namespace vorp

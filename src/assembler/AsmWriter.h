@@ -11,6 +11,7 @@ namespace vorp {
 
 class VormSection;
 class VorpErrorHandler;
+class VorpTokeniser;
 
 // The parser's working object: gives each statement its meaning on the assembler, with the
 // current section, the .pushsection stack and the .scheduling and .syntax modes.
@@ -114,8 +115,7 @@ private:
     std::deque<VormSection*> m_sectionStack;
 };
 
-// Reads all inputs and parses them into the run's assembly, starting in ".text". Returns 1 when an
-// input can't be opened (already reported), else 0; all other failures are in the error handler.
-int vorpparse(AssemblerRun& run, const std::vector<const char*>& files, bool schedule);
+// Parses what the tokeniser was given into the run's assembly, starting in ".text".
+void parseSource(AssemblerRun& run, VorpTokeniser& tokeniser);
 
 } // namespace vorp

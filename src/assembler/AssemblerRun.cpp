@@ -5,13 +5,11 @@
 #include "diag/VorpErrorHandler.h"
 #include "emit/Listing.h"
 #include "emit/ObjectEmitter.h"
-#include "emit/OutputFile.h"
 #include "encoding/VormOperImm.h"
 #include "encoding/VormOperReg.h"
 #include "layout/FormatChoice.h"
 #include "model/VormCCDirectiveLine.h"
 
-#include <cstdio>
 
 namespace vorp {
 
@@ -43,27 +41,16 @@ bool AssemblerRun::runPasses()
     return ok();
 }
 
-int AssemblerRun::postParse(const char* fileSymbolName)
+int AssemblerRun::postParse(const char* fileSymbolName, std::vector<std::uint8_t>& object, std::string& listing)
 {
-    OutputFile object;
-    OutputFile listing;
-    bool written = runPasses() && ObjectEmitter(m_assembler, m_notes).dumpBinary(fileSymbolName, object);
-    // Both files are complete before either is put in place.
-    if (written && getOptions().listing && m_errorHandler->getMakeBinary())
-        written = printListing(m_assembler, listing);
-    if (written && m_errorHandler->getMakeBinary()) {
-        written = object.commit() && listing.commit();
-        if (!written)
-            (object.failed() ? object : listing).reportFailure(*m_utils->errorHandler);
-    }
-    // After any error the object must not survive, not even a stale one from an earlier run. A
-    // device or pipe that refused the bytes is no object, though: it stays.
-    if (!written || !m_errorHandler->getMakeBinary()) {
-        const bool keepOutput = object.isDevice() && (object.failed() || listing.failed());
-        object.discard();
-        listing.discard();
-        if (!keepOutput)
-            std::remove(m_assembler.getOutputFile());
+    object.clear();
+    listing.clear();
+    bool made = runPasses() && ObjectEmitter(m_assembler, m_notes).dumpBinary(fileSymbolName, object);
+    if (made && getOptions().listing && m_errorHandler->getMakeBinary())
+        listing = makeListing(m_assembler);
+    if (!made || !m_errorHandler->getMakeBinary()) {
+        object.clear();
+        listing.clear();
         return 1;
     }
     return 0;

@@ -4,9 +4,11 @@
 #include "encoding/VormDirectives.h"
 #include "metadata/NoteMemo.h"
 #include "metadata/ZebInfo.h"
-#include "model/AssemblerOptions.h"
+#include "vorp/AssemblerOptions.h"
 #include "model/VormAssembler.h"
 
+#include <cstdint>
+#include <string>
 #include <vector>
 
 namespace vorp {
@@ -36,9 +38,9 @@ public:
     // Runs the steps that precede object emission, each only while no error has been reported;
     // true when none has.
     bool runPasses();
-    // Runs the steps, writes the object (and the listing); 0 on success, 1 after any error, when
-    // the output file is also removed.
-    int postParse(const char* fileSymbolName);
+    // Runs the steps and makes the object (and the listing, when asked for); 0 on success, 1 after
+    // any error, when both stay empty. `fileSymbolName` names the file symbol when no .file did.
+    int postParse(const char* fileSymbolName, std::vector<std::uint8_t>& object, std::string& listing);
 
     // Makes sure the object names its architecture and core revision.
     void addDefaultNotes() { vorp::addDefaultNotes(m_notes, getOptions().arch); }

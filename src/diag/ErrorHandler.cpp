@@ -34,9 +34,9 @@ void ErrorHandler::fatalError(bool exit, const char* format, ...)
 {
     va_list args;
     va_start(args, format);
-    vfprintf(stderr, format, args);
+    vfprintf(m_output, format, args);
     va_end(args);
-    fflush(stderr);
+    fflush(m_output);
     if (m_traceOnError) {
         va_start(args, format);
         vfprintf(stdout, format, args);
@@ -49,7 +49,7 @@ void ErrorHandler::fatalError(bool exit, const char* format, ...)
 
 void ErrorHandler::fatalVError(bool exit, const char* format, va_list args)
 {
-    vfprintf(stderr, format, args);
+    vfprintf(m_output, format, args);
     if (m_exitOnError && exit)
         std::exit(1);
 }

@@ -26,7 +26,7 @@ public:
     ErrorHandler& operator=(const ErrorHandler&) = delete;
     virtual ~ErrorHandler();
 
-    // Prints the text on standard error; ends the process with status 1 when `exit` is set and
+    // Prints the text on the output; ends the process with status 1 when `exit` is set and
     // exiting on error is allowed.
     virtual void fatalError(bool exit, const char* format, ...) __attribute__((format(printf, 3, 4)));
     virtual void trace(const char* format, ...) __attribute__((format(printf, 2, 3)));
@@ -36,6 +36,10 @@ public:
     virtual void setGdbMiTracing(bool on) { m_gdbMiTracing = on; }
     virtual void fatalVError(bool exit, const char* format, va_list args);
     virtual void vTrace(const char* format, va_list args);
+
+    // Where messages go: standard error unless set otherwise.
+    void setOutput(FILE* output) { m_output = output; }
+    FILE* output() const { return m_output; }
 
     FILE* getTarget() const;
     // Sends trace output to a file opened for binary writing; a null path means standard output.
@@ -49,6 +53,7 @@ protected:
 
 private:
     bool m_exitOnError = true;
+    FILE* m_output = stderr;
     FILE* m_target = nullptr;
     bool m_traceOnError = false;
     bool m_gdbMiTracing = false;

@@ -14,8 +14,8 @@ void VorpErrorHandler::vorpVError(const Location& location, AssErrorCodes::Error
                                   va_list args)
 {
     m_makeBinary = false;
-    location.write(stderr);
-    fprintf(stderr, "Error: A%05d ", static_cast<int>(code));
+    location.write(output());
+    fprintf(output(), "Error: A%05d ", static_cast<int>(code));
     fatalVError(false, format, args);
 }
 
@@ -34,8 +34,8 @@ void VorpErrorHandler::vorpVWarning(const Location& location, AssErrorCodes::Err
         return;
     if (m_fatalWarnings)
         m_makeBinary = false;
-    location.write(stderr);
-    fprintf(stderr, "Warning: A%05d ", static_cast<int>(code));
+    location.write(output());
+    fprintf(output(), "Warning: A%05d ", static_cast<int>(code));
     fatalVError(false, format, args);
 }
 

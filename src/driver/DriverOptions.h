@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/AssemblerOptions.h"
+#include "vorp/AssemblerOptions.h"
 
 #include <cstdint>
 #include <string>
@@ -33,6 +33,9 @@ struct DriverOptions {
         options.workingDir = std::move(workingDir);
         options.outputFile = outputName;
         options.listing = listing;
+        options.schedule = schedule;
+        options.showWarnings = showWarnings;
+        options.fatalWarnings = fatalWarnings;
         options.verbose = verbose;
         options.binaryDump = binaryRequested;
         options.binaryDumpFile = binaryName;

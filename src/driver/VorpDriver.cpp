@@ -4,11 +4,9 @@
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"
 #include "driver/SignalHandling.h"
-#include "assembler/AsmWriter.h"
-#include "model/RunStatistics.h"
-#include "assembler/AssemblerRun.h"
-#include "model/VormAssembler.h"
-#include "model/VormLine.h"
+#include "diag/ErrorHandler.h"
+#include "emit/OutputFile.h"
+#include "vorp/Assemble.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -24,42 +22,68 @@ namespace vorp {
 
 namespace {
 
-// The statistics of the running assembler while VORP_STATS asks for them, until they are shown.
-const RunStatistics* p_statistics = nullptr;
-
-void printStatistics()
+// With VORP_STATS set in the environment, the run's counts go to standard error at its end.
+void printStatistics(const RunStatistics& statistics)
 {
-    const RunStatistics* statistics = p_statistics;
-    p_statistics = nullptr;
-    if (!statistics)
+    if (!std::getenv("VORP_STATS"))
         return;
     auto line = [](std::uint64_t count, const char* what) {
         std::fprintf(stderr, "vorp: stats: %llu %s\n", static_cast<unsigned long long>(count), what);
     };
-    line(statistics->lines, "lines");
-    line(statistics->tokens, "tokens");
-    for (const RunStatistics::SectionPasses& section : statistics->formatPasses)
+    line(statistics.lines, "lines");
+    line(statistics.tokens, "tokens");
+    for (const RunStatistics::SectionPasses& section : statistics.formatPasses)
         std::fprintf(stderr, "vorp: stats: section %s: %u format passes\n", section.section.c_str(), section.passes);
-    line(statistics->groupingsEvaluated, "groupings evaluated");
-    line(statistics->objectBytes, "object bytes");
+    line(statistics.groupingsEvaluated, "groupings evaluated");
+    line(statistics.objectBytes, "object bytes");
 }
 
-// With VORP_STATS set in the environment, the run's statistics go to standard error at its end:
-// when this goes out of scope, or at exit() for a run that ends early (at the pass limit, say).
-class StatisticsReport {
-public:
-    explicit StatisticsReport(const RunStatistics& statistics)
-    {
-        if (!std::getenv("VORP_STATS"))
-            return;
-        p_statistics = &statistics;
-        static const bool registered = std::atexit(printStatistics) == 0;
-        (void)registered;
+// Puts the object, and the listing when there is one, in place: both complete before either
+// replaces what was there. False, with the reason reported, when they can't be written.
+bool writeOutputs(const AssembleResult& result, const DriverOptions& options, ErrorHandler& errors)
+{
+    const char* name = options.outputName.c_str();
+    OutputFile object;
+    OutputFile listing;
+    if (!object.open(name)) {
+        // A name that can't be opened is left as it is.
+        errors.fatalError(false, "ERROR: Unable to open output file '%s' for writing elf\n", name);
+        return false;
     }
-    StatisticsReport(const StatisticsReport&) = delete;
-    StatisticsReport& operator=(const StatisticsReport&) = delete;
-    ~StatisticsReport() { printStatistics(); }
-};
+    if (std::fwrite(result.object.data(), 1, result.object.size(), object.stream()) != result.object.size())
+        object.writeFailed();
+    bool written = object.close();
+    if (!written)
+        object.reportFailure(errors);
+    if (written && options.listing) {
+        const std::string path = options.outputName + ".txt";
+        if (!listing.open(path.c_str())) {
+            object.discard();
+            errors.fatalError(false, "vorp: Error: unable to open listing file '%s' for write\n", path.c_str());
+            return false;
+        }
+        if (std::fputs(result.listing.c_str(), listing.stream()) == EOF && !result.listing.empty())
+            listing.writeFailed();
+        written = listing.close();
+        if (!written)
+            listing.reportFailure(errors);
+    }
+    if (written) {
+        written = object.commit() && listing.commit();
+        if (!written)
+            (object.failed() ? object : listing).reportFailure(errors);
+    }
+    if (!written) {
+        // After any error the object must not survive, not even a stale one from an earlier run. A
+        // device or pipe that refused the bytes is no object, though: it stays.
+        const bool keepOutput = object.isDevice() && (object.failed() || listing.failed());
+        object.discard();
+        listing.discard();
+        if (!keepOutput)
+            std::remove(name);
+    }
+    return written;
+}
 
 int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::string& outputName)
 {
@@ -72,24 +96,22 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::str
     ErrorHandler optionErrors;
     std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
     const DriverOptions options = CommandLine(optionErrors).parse(words);
-
     outputName = options.outputName;
-    errorHandler.setShowWarnings(options.showWarnings);
-    errorHandler.setFatalWarnings(options.fatalWarnings);
 
     char directory[512];
     const std::string workingDir = getcwd(directory, sizeof(directory)) ? directory : "";
-
-    TelkUtils utils{&optionErrors};
-    std::vector<const char*> inputs;
-    for (const std::string& name : options.inputFiles)
-        inputs.push_back(name.c_str());
-
-    AssemblerRun run(options.assemblerOptions(workingDir), &utils, &errorHandler);
-    const StatisticsReport report(run.getAssembler().statistics());
-    setAddressRangeOutputFile(options.outputName.c_str());
-    vorpparse(run, inputs, options.schedule);
-    return run.postParse(inputs.front()) != 0 ? 1 : 0;
+    AssemblerOptions settings = options.assemblerOptions(workingDir);
+    settings.diagnostics = stderr;
+    AssembleResult result = assembleFiles(settings, options.inputFiles);
+    if (result.status != 0) {
+        // A failed run leaves no object, not even one of an earlier run.
+        std::remove(outputName.c_str());
+    } else if (!writeOutputs(result, options, optionErrors)) {
+        result.status = 1;
+        result.statistics.objectBytes = 0;
+    }
+    printStatistics(result.statistics);
+    return result.status;
 }
 
 int guardedRun(int argc, char** argv)

@@ -1,43 +1,30 @@
 #include "emit/Listing.h"
 
-#include "diag/ErrorHandler.h"
-#include "diag/TelkUtils.h"
-#include "emit/OutputFile.h"
+#include "diag/MemoryStream.h"
 #include "model/VormAssembler.h"
 #include "model/VormLine.h"
 
-#include <string>
+#include <new>
 
 namespace vorp {
 
-bool printListing(VormAssembler& assembler, OutputFile& listing)
+std::string makeListing(VormAssembler& assembler)
 {
-    const std::string path = assembler.getOptions().outputFile + ".txt";
-    if (!listing.open(path.c_str())) {
-        // The run ends here, and the object written for it goes too.
-        OutputFile::removeTemporaries();
-        assembler.getUtils()->errorHandler->fatalError(true, "vorp: Error: unable to open listing file '%s' for write\n",
-                                          path.c_str());
-        return false;
-    }
-    for (const auto& section : assembler.getSections()) {
-        if (!printListing(listing.stream(), section->getLines())) {
-            listing.writeFailed();
-            break;
-        }
-    }
-    if (!listing.close()) {
-        listing.reportFailure(*assembler.getUtils()->errorHandler);
-        return false;
-    }
-    return true;
+    MemoryStream out;
+    bool written = true;
+    for (const auto& section : assembler.getSections())
+        written = written && printListing(out.stream(), section->getLines());
+    std::string text;
+    if (!out.take(text) || !written)
+        throw std::bad_alloc();
+    return text;
 }
 
 bool printListing(FILE* file, LineList& lines)
 {
     for (VormLine* line : lines) {
         line->printListing(file);
-        if (std::fflush(file) != 0)
+        if (std::ferror(file))
             return false;
     }
     return true;

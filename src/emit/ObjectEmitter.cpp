@@ -1,13 +1,13 @@
 #include "emit/ObjectEmitter.h"
 
 #include "diag/ErrorHandler.h"
+#include "diag/MemoryStream.h"
 #include "diag/TelkUtils.h"
 #include "elf/ElfHandler.h"
 #include "elf/ElfRelocationTable.h"
 #include "elf/ElfSectionHeader.h"
 #include "elf/ElfString.h"
 #include "elf/ElfSymbolTable.h"
-#include "emit/OutputFile.h"
 #include "metadata/NoteMemo.h"
 #include "debug/EliminationBlocks.h"
 #include "model/VormAlignDirectiveLine.h"
@@ -20,6 +20,8 @@
 #include <cassert>
 #include <cstring>
 #include <map>
+#include <new>
+#include <string>
 #include <vector>
 
 namespace vorp {
@@ -60,7 +62,7 @@ bool ObjectEmitter::addSectionToElfFile(const VormSection* section) const
     return false;
 }
 
-bool ObjectEmitter::dumpBinary(const char* sourceName, OutputFile& object)
+bool ObjectEmitter::dumpBinary(const char* sourceName, std::vector<std::uint8_t>& object)
 {
     const auto& sections = m_assembler.getSections();
     VormLinkerExps& exps = m_assembler.getLinkerExps();
@@ -228,19 +230,12 @@ bool ObjectEmitter::dumpBinary(const char* sourceName, OutputFile& object)
             sectionCount, ElfHandler::SHN_LORESERVE);
         return false;
     }
-    const char* outputName = m_assembler.getOutputFile();
-    if (!object.open(outputName)) {
-        m_assembler.getUtils()->errorHandler->fatalError(
-            true, "ERROR: Unable to open output file '%s' for writing elf\n", outputName);
-        return false;
-    }
-    if (!elf.write(object.stream()))
-        object.writeFailed();
-    if (!object.close()) {
-        object.reportFailure(*m_assembler.getUtils()->errorHandler);
-        return false;
-    }
-    m_assembler.statistics().objectBytes = elf.bytesWritten();
+    MemoryStream out;
+    std::string written;
+    if (!elf.write(out.stream()) || !out.take(written))
+        throw std::bad_alloc();
+    object.assign(written.begin(), written.end());
+    m_assembler.statistics().objectBytes = object.size();
     return true;
 }
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 namespace vorp {
 
 class ElfHandler;
 class NoteMemo;
-class OutputFile;
 class VormAssembler;
 class VormLabel;
 class VormSection;
@@ -19,11 +19,9 @@ public:
     {
     }
 
-    // `sourceName` names the file symbol when no .file did; null for none. The object goes into
-    // `object`, opened on the output name and closed, but not yet committed.
-    // False, with the reason reported, when the model can't be written as an ELF file or the file
-    // can't be written.
-    bool dumpBinary(const char* sourceName, OutputFile& object);
+    // `sourceName` names the file symbol when no .file did; null for none. The object's bytes go
+    // into `object`. False, with the reason reported, when the model can't be written as an ELF file.
+    bool dumpBinary(const char* sourceName, std::vector<std::uint8_t>& object);
 
 private:
     // An empty section is left out unless a label stands in it.

@@ -96,10 +96,10 @@ void noMatchingFormatError(VormAssembler& assembler, EncodingFailInfo& failInfo)
                          list.c_str());
     }
     if (assembler.getOptions().verbose) {
-        fprintf(stderr, "       Known formats for '%s':\n", failInfo.m_instruction.c_str());
+        fprintf(errors.output(), "       Known formats for '%s':\n", failInfo.m_instruction.c_str());
         const Encoder* encoder = assembler.findEncoder(failInfo.m_instruction.c_str(), VormAssembler::SYNTAX_DEFAULT);
         assert(encoder);
-        encoder->printFormats(stderr);
+        encoder->printFormats(errors.output());
     }
     std::exit(1);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/AssemblerOptions.h"
+#include "vorp/AssemblerOptions.h"
 
 #include <string>
 #include <vector>

@@ -4,10 +4,10 @@
 #include "elf/ElfHandler.h"
 #include "isa/Tl3bInstructionTable.h"
 #include "frontend/Token.h"
-#include "model/AssemblerOptions.h"
+#include "vorp/AssemblerOptions.h"
 #include "model/VormDataLine.h"
 #include "model/VormLabels.h"
-#include "model/RunStatistics.h"
+#include "vorp/RunStatistics.h"
 #include "model/VormLinkerExps.h"
 #include "model/VormSection.h"
 

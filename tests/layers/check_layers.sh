@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# Holds the order of the source folders: every #include "..." in src/ and tools/ points down the
-# list below, or sideways within its own folder. Prints each include that points up and fails.
+# Holds the order of the source folders: every #include "..." in src/, tools/ and the public headers
+# of include/ points down the list below, or sideways within its own folder. Prints each include
+# that points up and fails.
 #
-#   check_layers.sh ROOT     checks ROOT/src and ROOT/tools
+#   check_layers.sh ROOT     checks ROOT/include, ROOT/src and ROOT/tools
 set -u
 root=${1:?usage: check_layers.sh ROOT}
 
-# Bottom to top. A folder may include itself and anything before it.
-layers=(diag elf isa frontend model encoding schedule layout debug metadata emit assembler driver)
+# Bottom to top. A folder may include itself and anything before it; include/vorp, the public
+# headers, come first and need nothing of the rest.
+layers=(vorp diag elf isa frontend model encoding schedule layout debug metadata emit assembler driver)
 # The object inspector stands beside the assembler and uses only these.
 tool_uses=(diag elf isa)
 
@@ -55,7 +57,7 @@ while IFS= read -r -d '' file; do
       report "$relative" "$target" "'$target_folder' is above '$folder'"
     fi
   done < <(sed -n 's/^[[:space:]]*#[[:space:]]*include[[:space:]]*"\([^"]*\)".*/\1/p' "$file")
-done < <(find "$root/src" "$root/tools" -type f \( -name '*.h' -o -name '*.cpp' \) -print0 | sort -z)
+done < <(find "$root/src" "$root/tools" "$root/include" -type f 2> /dev/null \( -name '*.h' -o -name '*.cpp' \) -print0 | sort -z)
 
 if [ "$status" = 0 ]; then
   echo "every include points down (${layers[*]})"

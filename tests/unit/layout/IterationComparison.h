@@ -9,7 +9,7 @@
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"
-#include "assembler/AsmWriter.h"
+#include "vorp/Assemble.h"
 #include "layout/SizeIteration.h"
 #include "model/VormAssembler.h"
 #include "model/VormLine.h"
@@ -94,19 +94,17 @@ inline IterationRun runIteration(const std::string& directory, std::vector<std::
         TraceWriter writer(traceFile);
         ErrorHandler optionErrors;
         const DriverOptions options = CommandLine(optionErrors).parse(words);
-        VorpErrorHandler errorHandler;
-        errorHandler.setShowWarnings(options.showWarnings);
-        errorHandler.setFatalWarnings(options.fatalWarnings);
-        TelkUtils utils{&optionErrors};
-        std::vector<const char*> inputs;
-        for (const std::string& name : options.inputFiles)
-            inputs.push_back(name.c_str());
         AssemblerOptions settings = options.assemblerOptions("");
         settings.referenceSizeIteration = reference;
         settings.sizeIterationObserver = &writer;
-        AssemblerRun assembly(settings, &utils, &errorHandler);
-        vorpparse(assembly, inputs, options.schedule);
-        const int status = assembly.postParse(inputs.front()) != 0 ? 1 : 0;
+        settings.diagnostics = stderr;
+        const AssembleResult result = assembleFiles(settings, options.inputFiles);
+        if (result.status == 0) {
+            std::ofstream out(object, std::ios::binary);
+            out.write(reinterpret_cast<const char*>(result.object.data()),
+                      static_cast<std::streamsize>(result.object.size()));
+        }
+        const int status = result.status;
         std::fflush(nullptr);
         std::exit(status);
     }

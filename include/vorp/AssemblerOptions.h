@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 namespace vorp {
@@ -12,14 +13,21 @@ class SizeIterationObserver;
 struct AssemblerOptions {
     enum Arch { TL3B = 0 };
 
-    // The first input file as given: the compilation unit's name, and the file symbol when no
-    // .file gives one.
-    std::string sourcePath{};
+    // The first input file as given ("-" for standard input): the compilation unit's name, and the
+    // file symbol when no .file gives one. A source assembled from memory is named by it too.
+    std::string sourcePath{"-"};
     // The directory the run started in, for the compilation unit; empty when unknown.
     std::string workingDir{};
-    // Where the object goes; its name plus ".txt" is the listing.
-    std::string outputFile{};
+    // The object's name. The assembler writes no file: the caller puts the object (and the listing,
+    // named this plus ".txt") where they belong; the name only shows in messages.
+    std::string outputFile{"a.o"};
+    // Make the listing too.
     bool listing = false;
+    // -fschedule: lines are scheduled from the start, as after `.scheduling on`.
+    bool schedule = false;
+    // Warnings shown, and warnings counted as errors.
+    bool showWarnings = true;
+    bool fatalWarnings = false;
     // Lists the known formats when an instruction matches none.
     bool verbose = false;
     Arch arch = TL3B;
@@ -38,6 +46,8 @@ struct AssemblerOptions {
     // observer told the state after every pass.
     bool referenceSizeIteration = false;
     SizeIterationObserver* sizeIterationObserver = nullptr;
+    // Where diagnostics are written as they are made; null to collect them in the result.
+    std::FILE* diagnostics = nullptr;
 };
 
 } // namespace vorp
