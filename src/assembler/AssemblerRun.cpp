@@ -14,7 +14,7 @@
 namespace vorp {
 
 AssemblerRun::AssemblerRun(AssemblerOptions options, TelkUtils* utils, VorpErrorHandler* errorHandler)
-    : m_assembler(std::move(options), utils, errorHandler), m_errorHandler(errorHandler), m_utils(utils),
+    : m_assembler(std::move(options), utils, errorHandler), m_errorHandler(errorHandler),
       m_debug(errorHandler)
 {
     VormOperImm::instance().setErrorHandler(errorHandler);

@@ -56,7 +56,6 @@ private:
 
     VormAssembler m_assembler;
     VorpErrorHandler* m_errorHandler;
-    TelkUtils* m_utils;
     DebugData m_debug;
     ZebInfo m_zebInfo;
     std::vector<NoteMemo> m_notes;
