@@ -1,6 +1,7 @@
 #include "diag/ErrorHandler.h"
 
-#include <cstdlib>
+#include "diag/FatalError.h"
+
 #include <cstring>
 
 namespace vorp {
@@ -43,15 +44,15 @@ void ErrorHandler::fatalError(bool exit, const char* format, ...)
         va_end(args);
         fflush(stdout);
     }
-    if (m_exitOnError && exit)
-        std::exit(1);
+    if (exit)
+        throw FatalError(1);
 }
 
 void ErrorHandler::fatalVError(bool exit, const char* format, va_list args)
 {
     vfprintf(stderr, format, args);
-    if (m_exitOnError && exit)
-        std::exit(1);
+    if (exit)
+        throw FatalError(1);
 }
 
 void ErrorHandler::trace(const char* format, ...)

@@ -1,5 +1,6 @@
 #include "driver/VorpDriver.h"
 
+#include "diag/FatalError.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"
@@ -23,15 +24,8 @@ namespace vorp {
 
 namespace {
 
-// The statistics of the running assembler while VORP_STATS asks for them, until they are shown.
-const RunStatistics* p_statistics = nullptr;
-
-void printStatistics()
+void printStatistics(const RunStatistics* statistics)
 {
-    const RunStatistics* statistics = p_statistics;
-    p_statistics = nullptr;
-    if (!statistics)
-        return;
     auto line = [](std::uint64_t count, const char* what) {
         std::fprintf(stderr, "vorp: stats: %llu %s\n", static_cast<unsigned long long>(count), what);
     };
@@ -44,20 +38,24 @@ void printStatistics()
 }
 
 // With VORP_STATS set in the environment, the run's statistics go to standard error at its end:
-// when this goes out of scope, or at exit() for a run that ends early (at the pass limit, say).
+// when this goes out of scope, on a return or while a run that ends early (at the pass limit, say)
+// unwinds.
 class StatisticsReport {
 public:
     explicit StatisticsReport(const RunStatistics& statistics)
+        : m_statistics(std::getenv("VORP_STATS") ? &statistics : nullptr)
     {
-        if (!std::getenv("VORP_STATS"))
-            return;
-        p_statistics = &statistics;
-        static const bool registered = std::atexit(printStatistics) == 0;
-        (void)registered;
     }
     StatisticsReport(const StatisticsReport&) = delete;
     StatisticsReport& operator=(const StatisticsReport&) = delete;
-    ~StatisticsReport() { printStatistics(); }
+    ~StatisticsReport()
+    {
+        if (m_statistics)
+            printStatistics(m_statistics);
+    }
+
+private:
+    const RunStatistics* m_statistics;
 };
 
 int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::string& outputName)
@@ -86,7 +84,6 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::str
 
     VormAssembler assembler(options.assemblerOptions(workingDir), &utils, &errorHandler);
     const StatisticsReport report(assembler.statistics());
-    setAddressRangeOutputFile(options.outputName.c_str());
     vorpparse(assembler, inputs, options.schedule);
     return assembler.postParse(inputs.front()) != 0 ? 1 : 0;
 }
@@ -102,6 +99,11 @@ int guardedRun(int argc, char** argv)
     };
     try {
         return runAssembler(argc, argv, *errorHandler, outputName);
+    } catch (const FatalError& error) {
+        // What there was to say is said.
+        if (error.discardsOutput())
+            removeOutput();
+        return error.status();
     } catch (const std::bad_alloc&) {
         std::fputs("INTERNAL ERROR\n", stderr);
         removeOutput();
@@ -133,7 +135,7 @@ int vorpMain(int argc, char** argv)
 {
     // An input can draw a warning from every byte of a long string: millions of lines. Written a
     // line at a time they cost seconds of system calls, so standard error is fully buffered. Every
-    // way out flushes it: a return, exit() (fatal errors and the signal handler), a failed assertion
+    // way out flushes it: a return (fatal errors too), exit() (the signal handler), a failed assertion
     // (which flushes after its text), and any other abort, through its handler.
     static char stderrBuffer[1 << 16];
     std::setvbuf(stderr, stderrBuffer, _IOFBF, sizeof(stderrBuffer));

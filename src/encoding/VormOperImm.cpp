@@ -1,5 +1,6 @@
 #include "encoding/VormOperImm.h"
 
+#include "diag/FatalError.h"
 #include "diag/VorpErrorHandler.h"
 #include "encoding/AddressReader.h"
 #include "isa/OperandDescriptor.h"
@@ -46,7 +47,7 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
         m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::LABEL_AS_IMMEDIATE,
                                   "Instruction '%s' does not allow a label as an immediate\n",
                                   line->getInstructionName());
-        std::exit(1);
+        throw FatalError(1);
     }
 
     int addend = 0;
@@ -91,7 +92,7 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
                 m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_LABEL,
                                           "label '%s' must be word aligned to be used with a %s relative offset\n",
                                           name.text, mode == OperandDescriptorImm::MODE_CP_RELATIVE ? "cp" : "dp");
-                std::exit(1);
+                throw FatalError(1);
             }
             return relocate();
         }
@@ -113,7 +114,7 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
                 if (final && (std::abs(high) & ((1 << scale) - 1))) {
                     m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_LABEL,
                                               "misaligned scaled immediate value detected. label: %s\n", name.text);
-                    std::exit(1);
+                    throw FatalError(1);
                 }
                 high >>= scale;
                 now >>= scale;

@@ -2,6 +2,7 @@
 
 #include "debug/DebugInfoRewriter.h"
 #include "diag/ErrorHandler.h"
+#include "diag/FatalError.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "isa/EncodingFailInfo.h"
@@ -387,7 +388,7 @@ void VormAssembler::noMatchingFormatError(EncodingFailInfo& failInfo)
         assert(encoder);
         encoder->printFormats(stderr);
     }
-    std::exit(1);
+    throw FatalError(1);
 }
 
 bool VormAssembler::runPasses()

@@ -1,6 +1,7 @@
 #include "model/VormLine.h"
 
 #include "diag/ErrorHandler.h"
+#include "diag/FatalError.h"
 
 #include <algorithm>
 #include <cassert>
@@ -58,26 +59,13 @@ void VormLine::setAddress(const VormAddress& address)
     m_address = bounded;
 }
 
-namespace {
-
-const char* p_outputFile = nullptr;
-
-} // namespace
-
-void setAddressRangeOutputFile(const char* outputFile)
-{
-    p_outputFile = outputFile;
-}
-
 void addressRangeExceeded(const char* file, unsigned line)
 {
-    // The object of an earlier run must not pass for the result of this one.
-    if (p_outputFile)
-        std::remove(p_outputFile);
     ErrorHandler handler;
-    handler.fatalError(true, "vorp: Error: %s:%u: the code and data of a section go beyond the 30-bit address range\n",
+    handler.fatalError(false, "vorp: Error: %s:%u: the code and data of a section go beyond the 30-bit address range\n",
                        file ? file : "<unknown>", line);
-    std::exit(1);
+    // The object of an earlier run must not pass for the result of this one.
+    throw FatalError(1, true);
 }
 
 std::uint32_t VormLine::getNumBytes() const

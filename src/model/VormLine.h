@@ -75,9 +75,8 @@ private:
     bool m_branchTarget = false;
 };
 
-// Ends the run with a fatal message, after removing the output file named by
-// setAddressRangeOutputFile: a line at the given place lies, or ends, beyond MAX_ADDRESS.
+// Ends the run with a fatal message, and without the output file: a line at the given place lies,
+// or ends, beyond MAX_ADDRESS.
 [[noreturn]] void addressRangeExceeded(const char* file, unsigned line);
-void setAddressRangeOutputFile(const char* outputFile);
 
 } // namespace vorp
