@@ -24,8 +24,8 @@ public:
 
     void encode(std::uint8_t* buffer, Relocations& relocations, VormAssembler& assembler,
                 VorpErrorHandler& errorHandler) override;
-    bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo,
-                       bool final) override;
+    bool chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
+                       EncodingFailInfo& failInfo, bool final) override;
     bool isDone() const override;
     // The sizes of the first and of the last format left; 0 when none is.
     void getByteRange(std::uint32_t& minBytes, std::uint32_t& maxBytes) const override;
@@ -60,7 +60,8 @@ public:
     void JTsetAsmFormat();
 
     // Removes formats that can't encode the line at the present addresses; false when none is left.
-    virtual bool chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final);
+    virtual bool chooseEncoderImpl(bool force, VormLabels& labels, AddressReader* addresses, EncodingFailInfo& failInfo,
+                                   bool final);
     void replaceToken(unsigned tokenNum, const Token& token);
     // The label that an operand token named when it was last looked up, or null. Format choice asks
     // for the same label in every pass, and the table lookup is its costliest part.

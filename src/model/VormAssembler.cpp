@@ -11,9 +11,6 @@
 #include "emit/OutputFile.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormJTTrampoline.h"
-#include "encoding/VormOperImm.h"
-#include "encoding/VormOperReg.h"
-#include "frontend/VormExprEval.h"
 #include "layout/SizeIteration.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAsciiLine.h"
@@ -46,10 +43,6 @@ VormAssembler::VormAssembler(AssemblerOptions options, TelkUtils* utils, VorpErr
     : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler), m_debugLine(errorHandler),
       m_arch(options.arch), m_utils(utils), m_options(std::move(options))
 {
-    VormExprEval::instance().setErrorHandler(errorHandler);
-    VormOperImm::instance().setErrorHandler(errorHandler);
-    VormOperImm::instance().setVormLabels(&m_labels);
-    VormOperReg::instance().setErrorHandler(errorHandler);
     switch (m_arch) {
     case TL3B:
         m_instructionTable.build(m_encoders, m_archEncoders);
@@ -619,7 +612,7 @@ void VormAssembler::getInstructionGroupings(VormSection* section, InstructionGro
     for (VormLine* line : section->getLines()) {
         EncodingFailInfo failInfo;
         bool changed = false;
-        if (!line->chooseEncoder(false, m_labels, changed, failInfo, false))
+        if (!line->chooseEncoder(false, m_labels, nullptr, changed, failInfo, false))
             noMatchingFormatError(failInfo);
     }
 
@@ -714,7 +707,7 @@ void VormAssembler::chooseInstructionFormats(VormSection* section)
             m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_CODE, "Misaligned code detected!\n");
         EncodingFailInfo failInfo;
         bool changed = false;
-        if (!line->chooseEncoder(force, m_labels, changed, failInfo, true))
+        if (!line->chooseEncoder(force, m_labels, nullptr, changed, failInfo, true))
             noMatchingFormatError(failInfo);
         assert(line->isDone());
         address = line->getNextAddress();

@@ -23,6 +23,8 @@ public:
     VormLabels& operator=(const VormLabels&) = delete;
     virtual ~VormLabels();
 
+    VorpErrorHandler& getErrorHandler() const { return *m_errorHandler; }
+
     VormLabel* findLabel(const char* name) const;
     // The one way a name comes into being by reference. A required reference makes a tentative
     // label required; nothing weakens a label.

@@ -20,7 +20,7 @@ std::uint32_t idCounter = 0;
 
 VormLine::VormLine(LineType type, bool schedule) : m_type(type), m_schedule(schedule), m_id(idCounter++) {}
 
-bool VormLine::chooseEncoder(bool, VormLabels&, bool& changed, EncodingFailInfo&, bool)
+bool VormLine::chooseEncoder(bool, VormLabels&, AddressReader*, bool& changed, EncodingFailInfo&, bool)
 {
     changed = false;
     return true;

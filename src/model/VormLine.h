@@ -13,6 +13,7 @@ namespace vorp {
 struct EncodingFailInfo;
 class Relocations;
 class VormAssembler;
+class AddressReader;
 class VormLabels;
 class VormSection;
 class VorpErrorHandler;
@@ -32,8 +33,10 @@ public:
     virtual LineLocation getLocation() const = 0;
     // A target line begins a basic block.
     virtual bool isTargetLine() const { return m_branchTarget; }
-    // Only code lines have encodings to choose from.
-    virtual bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo, bool final);
+    // Only code lines have encodings to choose from. `addresses`, when not null, says where lines are
+    // while sizes are open, in place of the addresses last set on them.
+    virtual bool chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
+                               EncodingFailInfo& failInfo, bool final);
     // The line's size will not change any more.
     virtual bool isDone() const { return true; }
     // The smallest and the largest size the line can yet take at its present address.

@@ -39,7 +39,7 @@ std::unique_ptr<Operand> parse(const std::string& text)
 {
     Tokens tokens(text);
     unsigned position = 0;
-    std::unique_ptr<Operand> tree(VormExprParse::instance().parseExpression(tokens.get(), position));
+    std::unique_ptr<Operand> tree(VormExprParse().parseExpression(tokens.get(), position));
     EXPECT_EQ(position, tokens.get()->size()) << text;
     return tree;
 }
@@ -111,16 +111,17 @@ TEST(ExprEvalTest, ParsingStopsAtTheFirstTokenThatCannotContinue)
 {
     Tokens tokens("sp [ 4 + x ] , 3");
     unsigned position = 2;
-    std::unique_ptr<Operand> tree(VormExprParse::instance().parseExpression(tokens.get(), position));
+    std::unique_ptr<Operand> tree(VormExprParse().parseExpression(tokens.get(), position));
     EXPECT_EQ(test::shape(tree.get()), "(ADD 4 x)");
     EXPECT_EQ(position, 5u);
 
     int result = 0;
     unsigned at = 2;
-    EXPECT_FALSE(VormExprEval::instance().tryEvaluateExpression(tokens.get(), at, result));
+    const VormExprEval evaluator;
+    EXPECT_FALSE(evaluator.tryEvaluateExpression(tokens.get(), at, result));
     EXPECT_EQ(at, 2u);
     at = 7;
-    EXPECT_TRUE(VormExprEval::instance().tryEvaluateExpression(tokens.get(), at, result));
+    EXPECT_TRUE(evaluator.tryEvaluateExpression(tokens.get(), at, result));
     EXPECT_EQ(result, 3);
     EXPECT_EQ(at, 8u);
 }
@@ -128,15 +129,14 @@ TEST(ExprEvalTest, ParsingStopsAtTheFirstTokenThatCannotContinue)
 TEST(ExprEvalTest, EvaluateExpressionReportsWhatIsNotConstant)
 {
     VorpErrorHandler errors;
-    VormExprEval::instance().setErrorHandler(&errors);
+    const VormExprEval evaluator(&errors);
     Tokens tokens("x + 1");
     unsigned position = 0;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(VormExprEval::instance().evaluateExpression(tokens.get(), position, LineLocation("a.S", 7)), 0);
+    EXPECT_EQ(evaluator.evaluateExpression(tokens.get(), position, LineLocation("a.S", 7)), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "a.S:7: Error: A00008 expression is not a constant expression\n");
     EXPECT_EQ(position, 3u);
     EXPECT_FALSE(errors.getMakeBinary());
-    VormExprEval::instance().setErrorHandler(nullptr);
 }
 
 TEST(ExprEvalTest, OptimiseFoldsConstantSubtrees)
