@@ -11,16 +11,10 @@
 
 namespace vorp {
 
-namespace {
-
-unsigned p_blockCounter = 0;
-
-} // namespace
-
 void EliminationBlocks::addEliminationBlock(VormAssembler& assembler, VormSection* section, LinePosition start,
                                             LinePosition end, VormLabel* label)
 {
-    const std::string name = "vorp.cc" + std::to_string(p_blockCounter++);
+    const std::string name = "vorp.cc" + std::to_string(assembler.nameCounters().eliminationBlocks++);
     auto top = std::make_unique<TokenLine>();
     top->push_back(newGeneratedToken(S_D_CCTOP, "cc_top"));
     top->push_back(newGeneratedToken(S_NAME, name.c_str()));

@@ -13,10 +13,6 @@ const char* const p_traceNames[ErrorHandler::NUM_TRACE_KINDS] = {
     "TRACE_MEM",         "TRACE_CHECKER",     "TRACE_PRDTG",
 };
 
-// Machine-interface tracing works in fixed buffers: a long trace line is cut, not overrun.
-char p_miBuffer[1024];
-char p_miEscaped[2 * sizeof(p_miBuffer)];
-
 } // namespace
 
 ErrorHandler::ErrorHandler()
@@ -60,9 +56,12 @@ void ErrorHandler::trace(const char* format, ...)
     va_list args;
     va_start(args, format);
     if (m_gdbMiTracing) {
-        vsnprintf(p_miBuffer, sizeof(p_miBuffer), format, args);
-        char* out = p_miEscaped;
-        for (const char* in = p_miBuffer; *in; ++in) {
+        // Machine-interface tracing works in fixed buffers: a long trace line is cut, not overrun.
+        char buffer[1024];
+        char escaped[2 * sizeof(buffer)];
+        vsnprintf(buffer, sizeof(buffer), format, args);
+        char* out = escaped;
+        for (const char* in = buffer; *in; ++in) {
             if (*in == '\n') {
                 *out++ = '\\';
                 *out++ = 'n';
@@ -71,7 +70,7 @@ void ErrorHandler::trace(const char* format, ...)
             }
         }
         *out = '\0';
-        fprintf(getTarget(), "@\"%s\"\n", p_miEscaped);
+        fprintf(getTarget(), "@\"%s\"\n", escaped);
     } else {
         vfprintf(getTarget(), format, args);
     }

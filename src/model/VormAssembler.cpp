@@ -152,6 +152,7 @@ void VormAssembler::addLine(VormSection* section, VormLine* line)
 
 void VormAssembler::addLine(VormSection* section, LinePosition position, VormLine* line)
 {
+    line->setId(m_nameCounters.lines++);
     line->setSection(section);
     section->getLines().insert(position, line);
 }

@@ -16,6 +16,7 @@
 #include "model/VormLabels.h"
 #include "model/RunStatistics.h"
 #include "model/VormLinkerExps.h"
+#include "model/NameCounters.h"
 #include "model/VormSection.h"
 
 #include <cstdint>
@@ -180,6 +181,7 @@ public:
 
     RunStatistics& statistics() { return m_statistics; }
     const RunStatistics& statistics() const { return m_statistics; }
+    NameCounters& nameCounters() { return m_nameCounters; }
 
     // Every section as text, on standard error.
     void dump() const;
@@ -218,6 +220,7 @@ private:
     std::map<std::string, std::vector<std::string>> m_sectionGroups;
     AssemblerOptions m_options;
     RunStatistics m_statistics;
+    NameCounters m_nameCounters;
 };
 
 } // namespace vorp

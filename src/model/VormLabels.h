@@ -80,6 +80,9 @@ private:
     VorpErrorHandler* m_errorHandler;
     bool m_labelsFinalised = false;
     int m_labelCounter = 0;
+    // Counts changes to what alias chains of this table resolve to; labels keep resolved chains
+    // of the present generation.
+    std::uint64_t m_aliasGeneration = 1;
 };
 
 } // namespace vorp

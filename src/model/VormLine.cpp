@@ -12,13 +12,7 @@
 
 namespace vorp {
 
-namespace {
-
-std::uint32_t idCounter = 0;
-
-} // namespace
-
-VormLine::VormLine(LineType type, bool schedule) : m_type(type), m_schedule(schedule), m_id(idCounter++) {}
+VormLine::VormLine(LineType type, bool schedule) : m_type(type), m_schedule(schedule) {}
 
 bool VormLine::chooseEncoder(bool, VormLabels&, AddressReader*, bool& changed, EncodingFailInfo&, bool)
 {

@@ -49,7 +49,9 @@ public:
 
     LineType getType() const { return m_type; }
     bool getSchedule() const { return m_schedule; }
+    // The order in which the line joined its section among all lines of the run.
     std::uint32_t getId() const { return m_id; }
+    void setId(std::uint32_t id) { m_id = id; }
     const VormAddress& getAddress() const { return m_address; }
     // The new address must lie within the old one: ranges only narrow.
     void setAddress(const VormAddress& address);
@@ -71,7 +73,7 @@ public:
 private:
     LineType m_type;
     bool m_schedule;
-    std::uint32_t m_id;
+    std::uint32_t m_id = 0;
     VormAddress m_address;
     std::uint32_t m_layoutSlot = NO_LAYOUT_SLOT;
     VormSection* m_section = nullptr;

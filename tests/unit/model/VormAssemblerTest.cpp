@@ -51,6 +51,25 @@ protected:
     VormAssembler m_assembler;
 };
 
+TEST_F(VormAssemblerTest, LineIdsCountTheLinesOfTheRunInTheOrderTheyAreAdded)
+{
+    VormSection* text = code();
+    VormSection* data = m_assembler.addSection(".data", "aw", "progbits", 0, "", false);
+    const VormLine* first = m_assembler.addAlign(text, 4, LineLocation("a.S", 1), false);
+    const VormLine* second = m_assembler.addUniqueLabel(data, LineLocation("a.S", 2), false);
+    // Inserted in front of the first, but added after it.
+    const VormLine* third = m_assembler.addAlign(text, text->getLines().begin(), 2, LineLocation("a.S", 3), false);
+    EXPECT_EQ(first->getId(), 0u);
+    EXPECT_EQ(second->getId(), 1u);
+    EXPECT_EQ(third->getId(), 2u);
+
+    // Another run counts its own.
+    VormAssembler other(AssemblerOptions{.sourcePath = "b.S", .outputFile = m_output}, &m_utils, &m_errors);
+    VormSection* otherText = other.addSection(".text", "ax", "progbits", 0, "", false);
+    EXPECT_EQ(other.addAlign(otherText, 4, LineLocation("b.S", 1), false)->getId(), 0u);
+    EXPECT_EQ(m_assembler.addAlign(text, 4, LineLocation("a.S", 4), false)->getId(), 3u);
+}
+
 TEST_F(VormAssemblerTest, AlignmentUnderUncertainAddresses)
 {
     VormAlignDirectiveLine* align = m_assembler.addAlign(code(), 4, LineLocation("a.S", 1), false);

@@ -58,16 +58,6 @@ TEST(VormLineTest, AddressesOnlyNarrow)
     EXPECT_DEATH(line.getNumBytes(), "min == max");
 }
 
-TEST(VormLineTest, IdsRiseByOnePerLine)
-{
-    RangeLine first(0, 0);
-    VormLabel label(nullptr, nullptr, 0, SYMBOL_REQUIRED);
-    VormLabelLine second(&label, LineLocation("a.S", 1), false);
-    auto third = addLine("a.S", 1);
-    EXPECT_EQ(second.getId(), first.getId() + 1);
-    EXPECT_EQ(third->getId(), first.getId() + 2);
-}
-
 TEST(VormLineTest, TokenLineDumpsWithoutBlankBeforeCommaAndStandsAtFirstToken)
 {
     auto line = addLine("t.S", 7);
