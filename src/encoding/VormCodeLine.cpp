@@ -172,7 +172,12 @@ void VormCodeLine::setJumpTableEntry(const char* trampolineLabel, const EncoderF
 void VormCodeLine::JTmodifyBranchLabel(VormLabels&)
 {
     const Token& mnemonic = getToken(0);
-    replaceToken(1, newToken(S_NAME, m_jumpTableTarget.c_str(), mnemonic.line, mnemonic.file));
+    Token target;
+    target.symbol = S_NAME;
+    target.text = m_jumpTableTarget;
+    target.line = mnemonic.line;
+    target.file = mnemonic.file;
+    replaceToken(1, target);
 }
 
 void VormCodeLine::JTsetAsmFormat()

@@ -51,7 +51,8 @@ public:
     const char* getInstructionName() const { return getToken(0).text; }
 
     // Makes the line an entry of a compact jump table: 2 bytes only; when no short form reaches
-    // the target, the entry branches with `trampolineFormat` to the trampoline label instead.
+    // the target, the entry branches with `trampolineFormat` to the trampoline label instead, whose
+    // interned name is `trampolineLabel`.
     void setJumpTableEntry(const char* trampolineLabel, const EncoderFormat* trampolineFormat);
     bool isJumpTableEntry() const { return m_isJumpTableEntry; }
     TrampolineUse getJumpTableState() const { return m_jumpTableState; }
@@ -91,7 +92,7 @@ protected:
     std::uint32_t m_maxBytes = 0;
     bool m_isJumpTableEntry = false;
     TrampolineUse m_jumpTableState = TRAMPOLINE_UNDECIDED;
-    std::string m_jumpTableTarget;
+    const char* m_jumpTableTarget = nullptr; // interned
     const EncoderFormat* m_jumpTableFormat = nullptr;
     std::vector<int> m_regUse;
     std::vector<int> m_regDef;

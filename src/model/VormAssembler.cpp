@@ -30,17 +30,8 @@
 
 namespace vorp {
 
-namespace {
-
-LineLocation unknownLocation()
-{
-    return LineLocation(generatedFile(), 0);
-}
-
-} // namespace
-
 VormAssembler::VormAssembler(AssemblerOptions options, TelkUtils* utils, VorpErrorHandler* errorHandler)
-    : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler), m_debugLine(errorHandler),
+    : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler, m_idStrings), m_debugLine(errorHandler),
       m_arch(options.arch), m_utils(utils), m_options(std::move(options))
 {
     switch (m_arch) {
@@ -341,8 +332,8 @@ VormCodeLine* VormAssembler::addCode(VormSection* section, std::unique_ptr<Token
 std::unique_ptr<TokenLine> VormAssembler::newBranchTokenLine(const char* target, int line, const char* file)
 {
     auto tokens = std::make_unique<TokenLine>();
-    tokens->push_back(newToken(S_NAME, "bu", line, file));
-    tokens->push_back(newToken(S_NAME, target, line, file));
+    tokens->push_back(newToken(m_idStrings, S_NAME, "bu", line, file));
+    tokens->push_back(newToken(m_idStrings, S_NAME, target, line, file));
     return tokens;
 }
 
@@ -561,11 +552,11 @@ void VormAssembler::expandDirectives(VormSection* section)
             // The block must start aligned wherever the linker puts it.
             blockAlignment = std::max(blockAlignment, getDefaultAlignment(section, blockHasScheduled));
             if (blockAlignment > 1)
-                addAlign(section, blockStart, blockAlignment, unknownLocation(), false);
+                addAlign(section, blockStart, blockAlignment, LineLocation(m_idStrings.generatedFile(), 0), false);
             if (sequenceOpen) {
                 // Every line sequence ends with its block. The block stays open for the walk until
                 // the next cc_top: what follows still counts as inside.
-                VormLabel* label = newNamedLabel(position, unknownLocation(), line->getSchedule());
+                VormLabel* label = newNamedLabel(position, LineLocation(m_idStrings.generatedFile(), 0), line->getSchedule());
                 m_debugLine.endSequence(label->getName());
                 sequenceOpen = false;
             } else {
@@ -578,14 +569,14 @@ void VormAssembler::expandDirectives(VormSection* section)
     }
 
     if (sequenceOpen) {
-        VormLabel* label = newNamedLabel(lines.end(), unknownLocation(), false);
+        VormLabel* label = newNamedLabel(lines.end(), LineLocation(m_idStrings.generatedFile(), 0), false);
         m_debugLine.endSequence(label->getName());
     }
     if (sawCode) {
         const std::string low = ".L" + section->getName() + ".low_pc";
         const std::string high = ".L" + section->getName() + ".high_pc";
-        addLabel(section, lines.begin(), newGeneratedToken(S_NAME, low.c_str()), false);
-        addLabel(section, lines.end(), newGeneratedToken(S_NAME, high.c_str()), false);
+        addLabel(section, lines.begin(), newGeneratedToken(m_idStrings, S_NAME, low.c_str()), false);
+        addLabel(section, lines.end(), newGeneratedToken(m_idStrings, S_NAME, high.c_str()), false);
         m_debugInfo.addRange(low, high);
     }
 }

@@ -3,6 +3,7 @@
 #include "debug/DebugFrame.h"
 #include "debug/DebugInfo.h"
 #include "debug/DebugLine.h"
+#include "diag/IdStrings.h"
 #include "diag/Location.h"
 #include "elf/ElfHandler.h"
 #include "encoding/InstructionGrouping.h"
@@ -61,6 +62,7 @@ public:
     VormAssembler& operator=(const VormAssembler&) = delete;
     virtual ~VormAssembler();
 
+    IdStrings& getIdStrings() { return m_idStrings; }
     VormLabels& getLabels() { return m_labels; }
     VormLinkerExps& getLinkerExps() { return m_linkerExps; }
     std::vector<NoteMemo>& getNotes() { return m_notes; }
@@ -153,7 +155,7 @@ public:
     VormCodeLine* addCode(VormSection* section, std::unique_ptr<TokenLine> tokens, bool schedule, Syntax syntax);
     // A `bu TARGET` line added at the end of the section, in the default syntax and unscheduled.
     VormCodeLine* addBranch(VormSection* section, const char* target, int line, const char* file);
-    static std::unique_ptr<TokenLine> newBranchTokenLine(const char* target, int line, const char* file);
+    std::unique_ptr<TokenLine> newBranchTokenLine(const char* target, int line, const char* file);
     VormJTTrampoline* addJTTrampoline(VormSection* section, std::unique_ptr<TokenLine> tokens);
     // Reports an instruction that no format fits (errors 48, 49) and ends the run.
     [[noreturn]] void noMatchingFormatError(EncodingFailInfo& failInfo);
@@ -197,6 +199,8 @@ private:
     // The call frame sections, written once every address is exact.
     void expandLateDirectives();
 
+    // The texts of every token and record: first, so that it outlives all that points into it.
+    IdStrings m_idStrings;
     // Lines point into the encoders, so these outlive the sections.
     Tl3bInstructionTable m_instructionTable;
     EncoderMap m_encoders;

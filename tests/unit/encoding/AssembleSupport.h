@@ -57,7 +57,7 @@ inline void assembleInto(Assembled& result, const std::string& text, std::uint32
     const std::string output = testing::TempDir() + "encoding_test.o";
     VormAssembler assembler(
         AssemblerOptions{.sourcePath = "a.S", .outputFile = output, .maxEncodingPasses = maxPasses}, &utils, &errors);
-    VorpTokeniser tokeniser;
+    VorpTokeniser tokeniser(assembler.getIdStrings());
     tokeniser.lexInit({}, &errors);
     tokeniser.addInput("a.S", "a.S", text);
     tokeniser.startScanning();

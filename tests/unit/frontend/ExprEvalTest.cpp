@@ -1,4 +1,5 @@
 #include "ExprTestSupport.h"
+#include "diag/IdStrings.h"
 #include "diag/VorpErrorHandler.h"
 #include "frontend/ExprEval.h"
 #include "frontend/VormExprEval.h"
@@ -13,12 +14,19 @@
 namespace vorp {
 namespace {
 
+// The texts of the trees parsed here, which outlive the tokens they were parsed from.
+IdStrings& texts()
+{
+    static IdStrings table;
+    return table;
+}
+
 // The tokens of one line of text, as a stored token line hands them out.
 class Tokens {
 public:
     explicit Tokens(const std::string& text)
     {
-        VorpTokeniser tokeniser;
+        VorpTokeniser tokeniser(texts());
         tokeniser.lexInit({}, &m_errors);
         tokeniser.addInput("e.S", "e.S", text + "\n");
         tokeniser.startScanning();
@@ -142,17 +150,17 @@ TEST(ExprEvalTest, EvaluateExpressionReportsWhatIsNotConstant)
 TEST(ExprEvalTest, OptimiseFoldsConstantSubtrees)
 {
     auto optimised = [](const std::string& text) {
-        std::unique_ptr<Operand> tree(ExprEval::optimise(parse(text).release()));
+        std::unique_ptr<Operand> tree(ExprEval::optimise(texts(), parse(text).release()));
         return test::shape(tree.get());
     };
     EXPECT_EQ(optimised("(1 + 2) * x"), "(MULTIPLY 3 x)");
     EXPECT_EQ(optimised("(x) + (2 << 3)"), "(ADD (PAREN x) 16)");
-    std::unique_ptr<Operand> folded(ExprEval::optimise(parse("'a'").release()));
+    std::unique_ptr<Operand> folded(ExprEval::optimise(texts(), parse("'a'").release()));
     EXPECT_EQ(folded->getToken(0).symbol, S_INTVAL);
     EXPECT_STREQ(folded->getToken(0).constantText, "97");
     EXPECT_STREQ(folded->getToken(0).file, "<unknown>");
     EXPECT_EQ(folded->getToken(0).line, 0);
-    std::unique_ptr<Operand> kept(ExprEval::optimise(parse("0 ? 1 $: y").release()));
+    std::unique_ptr<Operand> kept(ExprEval::optimise(texts(), parse("0 ? 1 $: y").release()));
     EXPECT_EQ(test::shape(kept.get()), "(CONDITIONAL 0 1 y)");
 }
 
