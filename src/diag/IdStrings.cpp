@@ -1,7 +1,9 @@
 #include "diag/IdStrings.h"
 
 #include <cstring>
+#include <functional>
 #include <string>
+#include <utility>
 
 namespace vorp {
 
@@ -14,28 +16,52 @@ bool isDigit(char c)
 
 } // namespace
 
-IdStrings::IdStrings() : m_generatedFile(idString("<unknown>")) {}
+IdStrings::IdStrings() : m_slots(1024), m_generatedFile(idString("<unknown>")) {}
 
 const char* IdStrings::intern(std::string_view text)
 {
     if (text.size() == 1) {
         const char*& single = m_singles[static_cast<unsigned char>(text[0])];
         if (!single)
-            single = insert(text);
+            single = copy(text);
         return single;
     }
-    if (text.size() <= 3 && isDigit(text[0]) && isDigit(text[1]) && (text.size() == 2 || isDigit(text[2]))) {
+    if (text.size() >= 2 && text.size() <= 3 && isDigit(text[0]) && isDigit(text[1]) && (text.size() == 2 || isDigit(text[2]))) {
         const std::size_t key = text.size() == 2 ? (text[0] - '0') * 10 + (text[1] - '0')
                                                  : 100 + (text[0] - '0') * 100 + (text[1] - '0') * 10 + (text[2] - '0');
         const char*& number = m_numbers[key];
         if (!number)
-            number = insert(text);
+            number = copy(text);
         return number;
     }
-    auto found = m_texts.find(text);
-    if (found != m_texts.end())
-        return found->data();
-    return insert(text);
+    if (2 * (m_used + 1) > m_slots.size())
+        grow();
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t slot = std::hash<std::string_view>{}(text) & mask;
+    while (m_slots[slot].data()) {
+        if (m_slots[slot] == text)
+            return m_slots[slot].data();
+        slot = (slot + 1) & mask;
+    }
+    const char* result = copy(text);
+    m_slots[slot] = std::string_view(result, text.size());
+    ++m_used;
+    return result;
+}
+
+void IdStrings::grow()
+{
+    const std::vector<std::string_view> previous = std::move(m_slots);
+    m_slots.assign(previous.size() * 2, std::string_view());
+    const std::size_t mask = m_slots.size() - 1;
+    for (const std::string_view text : previous) {
+        if (!text.data())
+            continue;
+        std::size_t slot = std::hash<std::string_view>{}(text) & mask;
+        while (m_slots[slot].data())
+            slot = (slot + 1) & mask;
+        m_slots[slot] = text;
+    }
 }
 
 const char* IdStrings::numberText(unsigned value)
@@ -50,14 +76,13 @@ const char* IdStrings::numberText(unsigned value)
     return *text;
 }
 
-const char* IdStrings::insert(std::string_view text)
+const char* IdStrings::copy(std::string_view text)
 {
-    char* copy = allocate(text.size() + 1);
+    char* result = allocate(text.size() + 1);
     if (!text.empty())
-        std::memcpy(copy, text.data(), text.size());
-    copy[text.size()] = '\0';
-    m_texts.insert(std::string_view(copy, text.size()));
-    return copy;
+        std::memcpy(result, text.data(), text.size());
+    result[text.size()] = '\0';
+    return result;
 }
 
 char* IdStrings::allocate(std::size_t size)

@@ -4,7 +4,6 @@
 #include <memory>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace vorp {
@@ -32,10 +31,15 @@ private:
     static constexpr unsigned SMALL_NUMBERS = 4096;
 
     const char* intern(std::string_view text);
-    const char* insert(std::string_view text);
+    // A copy of the text with a NUL behind it, in the table's memory.
+    const char* copy(std::string_view text);
     char* allocate(std::size_t size);
+    void grow();
 
-    std::unordered_set<std::string_view> m_texts;
+    // The texts by hash, open addressed: a slot whose view has no data is free. One allocation
+    // for all of them, so that a table of millions of names is also quickly given back.
+    std::vector<std::string_view> m_slots;
+    std::size_t m_used = 0;
     // Operators, punctuation and one-digit numbers are most of the tokens of a long expression:
     // one-byte texts skip the hash.
     const char* m_singles[256] = {};

@@ -1,5 +1,6 @@
 #include "frontend/VormExprParse.h"
 
+#include <array>
 #include <cassert>
 
 namespace vorp {
@@ -33,13 +34,17 @@ const Form p_bitwiseNot{15, Operand::BIT_NOT};
 const Form p_defined{15, Operand::DEFINED};
 const Form p_symNum{15, Operand::SYMNUM};
 
-using OperatorTable = std::unordered_map<int, VormExprParseOperator>;
+// Indexed by token symbol: every operand of every format choice asks whether its tokens are
+// operators.
+constexpr int FIRST_SYMBOL = S_NULL;
+constexpr int LAST_SYMBOL = UNARY_OP_PREC;
+using OperatorTable = std::array<VormExprParseOperator, LAST_SYMBOL - FIRST_SYMBOL + 1>;
 
 OperatorTable makeOperatorTable()
 {
     OperatorTable table;
     auto add = [&table](int symbol, const Form* binary, const Form* unary) {
-        table.emplace(symbol, VormExprParseOperator(binary, unary));
+        table[symbol - FIRST_SYMBOL] = VormExprParseOperator(binary, unary);
     };
     add(S_PLUS, &p_addBop, &p_plusUop);
     add(S_MINUS, &p_minusBop, &p_minusUop);
@@ -96,8 +101,10 @@ Operand::Opcode VormExprParseOperator::getUnaryOpcode() const
 
 const VormExprParseOperator* VormExprParse::find(const Token* token)
 {
-    const auto found = p_operators.find(token->symbol);
-    return found == p_operators.end() ? nullptr : &found->second;
+    if (token->symbol < FIRST_SYMBOL || token->symbol > LAST_SYMBOL)
+        return nullptr;
+    const VormExprParseOperator& op = p_operators[token->symbol - FIRST_SYMBOL];
+    return op.hasBinary() || op.hasUnary() ? &op : nullptr;
 }
 
 Operand* VormExprParse::parseExpression(const LexTokenVector* tokens, unsigned& tokenNum)

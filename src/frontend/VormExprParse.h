@@ -2,7 +2,6 @@
 
 #include "frontend/Operand.h"
 
-#include <unordered_map>
 #include <vector>
 
 namespace vorp {
@@ -18,6 +17,7 @@ public:
         Operand::Opcode opcode;
     };
 
+    VormExprParseOperator() = default;
     VormExprParseOperator(const Form* binary, const Form* unary) : m_bOp(binary), m_uOp(unary) {}
     bool hasBinary() const { return m_bOp != nullptr; }
     bool hasUnary() const { return m_uOp != nullptr; }
@@ -27,8 +27,8 @@ public:
     Operand::Opcode getUnaryOpcode() const;
 
 private:
-    const Form* m_bOp;
-    const Form* m_uOp;
+    const Form* m_bOp = nullptr;
+    const Form* m_uOp = nullptr;
 };
 
 // Re-parses expressions from stored token lines. Every operator associates to the left, the
