@@ -37,6 +37,10 @@ struct AssembleResult {
     // `AssemblerOptions::diagnostics` instead.
     std::string diagnostics;
     RunStatistics statistics;
+    // For the vorp command, whether a failed run removes an object an earlier run left under the
+    // output name. Most errors do; most fatal ones (a pass limit, an instruction no format fits)
+    // leave the file as it was.
+    bool removesEarlierOutput = true;
 };
 
 // Assembles `source`, named `options.sourcePath`.

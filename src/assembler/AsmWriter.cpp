@@ -61,7 +61,7 @@ void AsmWriter::dataDirective(const Token& directive, OperandList values)
     const LineLocation location = locationOf(directive);
     std::vector<Operand*> operands;
     for (OperandPtr& value : values) {
-        Operand* operand = ExprEval::optimise(value.release());
+        Operand* operand = ExprEval::optimise(m_assembler.getIdStrings(), value.release());
         int constant = 0;
         if (operand->getOpcode() == Operand::INTEGER && ExprEval::evaluate(operand, constant) &&
             !VormDataLine::valueFits(type, constant))
@@ -153,7 +153,7 @@ void AsmWriter::setDirectiveCommon(const LineLocation& location, const Token& na
     };
 
     VormLabels& labels = m_assembler.getLabels();
-    OperandPtr tree(ExprEval::optimise(expression.release()));
+    OperandPtr tree(ExprEval::optimise(m_assembler.getIdStrings(), expression.release()));
     VormLabel* label = nullptr;
     if (tree->getOpcode() == Operand::INTEGER) {
         label = labels.addAbsoluteLabel(location, name.text, tree->getToken(0).constantValue);
@@ -184,7 +184,7 @@ void AsmWriter::sizeDirective(const Token& directive, const Token& symbol, Opera
 {
     const LineLocation location = locationOf(directive);
     VormLabel* label = m_assembler.getLabels().getOrTentativelyAddLabel(symbol.text, false);
-    OperandPtr tree(ExprEval::optimise(size.release()));
+    OperandPtr tree(ExprEval::optimise(m_assembler.getIdStrings(), size.release()));
     if (tree->getOpcode() == Operand::INTEGER) {
         label->setSize(tree->getToken(0).constantValue);
         return;
@@ -548,7 +548,7 @@ void AsmWriter::zebBranchDirective(const Token& directive, OperandList values)
     VormLabel* guard = nullptr;
     std::vector<ZebBranch*>& branches = m_run.getZebInfo().branches;
     for (OperandPtr& value : values) {
-        const OperandPtr tree(ExprEval::optimise(value.release()));
+        const OperandPtr tree(ExprEval::optimise(m_assembler.getIdStrings(), value.release()));
         const char* symbol = nullptr;
         int offset = 0;
         if (!branchTarget(tree.get(), symbol, offset)) {

@@ -3,11 +3,13 @@
 #include "assembler/AsmWriter.h"
 #include "assembler/AssemblerRun.h"
 #include "diag/ErrorHandler.h"
+#include "diag/FatalError.h"
 #include "diag/MemoryStream.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "frontend/VorpTokeniser.h"
 
+#include <cstdio>
 #include <functional>
 #include <optional>
 
@@ -34,10 +36,18 @@ AssembleResult run(const AssemblerOptions& options, const std::function<bool(Vor
     TelkUtils utils{&plainErrors};
     {
         AssemblerRun assembly(options, &utils, &errors);
-        VorpTokeniser tokeniser;
-        if (load(tokeniser, errors))
-            parseSource(assembly, tokeniser);
-        result.status = assembly.postParse(options.sourcePath.c_str(), result.object, result.listing);
+        try {
+            VorpTokeniser tokeniser(assembly.getAssembler().getIdStrings());
+            if (load(tokeniser, errors))
+                parseSource(assembly, tokeniser);
+            result.status = assembly.postParse(options.sourcePath.c_str(), result.object, result.listing);
+        } catch (const FatalError& error) {
+            std::fputs(error.message().c_str(), output);
+            result.status = error.status();
+            result.removesEarlierOutput = error.discardsOutput();
+            result.object.clear();
+            result.listing.clear();
+        }
         result.statistics = assembly.getAssembler().statistics();
     }
     if (result.status != 0)

@@ -5,8 +5,6 @@
 #include "diag/VorpErrorHandler.h"
 #include "emit/Listing.h"
 #include "emit/ObjectEmitter.h"
-#include "encoding/VormOperImm.h"
-#include "encoding/VormOperReg.h"
 #include "layout/FormatChoice.h"
 #include "model/VormCCDirectiveLine.h"
 
@@ -17,9 +15,6 @@ AssemblerRun::AssemblerRun(AssemblerOptions options, TelkUtils* utils, VorpError
     : m_assembler(std::move(options), utils, errorHandler), m_errorHandler(errorHandler),
       m_debug(errorHandler)
 {
-    VormOperImm::instance().setErrorHandler(errorHandler);
-    VormOperImm::instance().setVormLabels(&m_assembler.getLabels());
-    VormOperReg::instance().setErrorHandler(errorHandler);
 }
 
 bool AssemblerRun::runPasses()

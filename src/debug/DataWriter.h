@@ -38,6 +38,7 @@ public:
     void emitCCBottom();
 
     VormSection* getSection() const { return m_section; }
+    VormAssembler& getAssembler() const { return m_assembler; }
 
 private:
     void emitData(int type, Operand* operand);

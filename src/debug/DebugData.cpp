@@ -12,15 +12,6 @@
 
 namespace vorp {
 
-namespace {
-
-LineLocation unknownLocation()
-{
-    return LineLocation(generatedFile(), 0);
-}
-
-} // namespace
-
 void DebugData::emitDefaultDwarfSections(VormAssembler& assembler)
 {
     m_debugInfo.setName(assembler.getOptions().sourcePath);
@@ -113,11 +104,11 @@ void DebugData::expandDirectives(VormAssembler& assembler, VormSection* section)
             // The block must start aligned wherever the linker puts it.
             blockAlignment = std::max(blockAlignment, assembler.getDefaultAlignment(section, blockHasScheduled));
             if (blockAlignment > 1)
-                assembler.addAlign(section, blockStart, blockAlignment, unknownLocation(), false);
+                assembler.addAlign(section, blockStart, blockAlignment, LineLocation(assembler.getIdStrings().generatedFile(), 0), false);
             if (sequenceOpen) {
                 // Every line sequence ends with its block. The block stays open for the walk until
                 // the next cc_top: what follows still counts as inside.
-                VormLabel* label = newNamedLabel(position, unknownLocation(), line->getSchedule());
+                VormLabel* label = newNamedLabel(position, LineLocation(assembler.getIdStrings().generatedFile(), 0), line->getSchedule());
                 m_debugLine.endSequence(label->getName());
                 sequenceOpen = false;
             } else {
@@ -130,14 +121,14 @@ void DebugData::expandDirectives(VormAssembler& assembler, VormSection* section)
     }
 
     if (sequenceOpen) {
-        VormLabel* label = newNamedLabel(lines.end(), unknownLocation(), false);
+        VormLabel* label = newNamedLabel(lines.end(), LineLocation(assembler.getIdStrings().generatedFile(), 0), false);
         m_debugLine.endSequence(label->getName());
     }
     if (sawCode) {
         const std::string low = ".L" + section->getName() + ".low_pc";
         const std::string high = ".L" + section->getName() + ".high_pc";
-        assembler.addLabel(section, lines.begin(), newGeneratedToken(S_NAME, low.c_str()), false);
-        assembler.addLabel(section, lines.end(), newGeneratedToken(S_NAME, high.c_str()), false);
+        assembler.addLabel(section, lines.begin(), newGeneratedToken(assembler.getIdStrings(), S_NAME, low.c_str()), false);
+        assembler.addLabel(section, lines.end(), newGeneratedToken(assembler.getIdStrings(), S_NAME, high.c_str()), false);
         m_debugInfo.addRange(low, high);
     }
 }

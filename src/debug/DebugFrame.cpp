@@ -12,10 +12,6 @@ namespace vorp {
 
 namespace {
 
-unsigned p_ccTopCounter = 0;
-unsigned p_cieCounter = 0;
-unsigned p_fdeCounter = 0;
-
 // Whether a's address is above b's; both are in one section and every format is chosen.
 bool labelIsAfter(const VormLabel* a, const VormLabel* b)
 {
@@ -31,14 +27,14 @@ bool labelIsAfter(const VormLabel* a, const VormLabel* b)
 
 } // namespace
 
-unsigned DebugFrame::nextCCTopNumber()
+unsigned DebugFrame::nextCCTopNumber(VormAssembler& assembler)
 {
-    return p_ccTopCounter++;
+    return assembler.nameCounters().generatedCCTops++;
 }
 
-std::string DebugFrame::genCCTopLabel(const std::string& name)
+std::string DebugFrame::genCCTopLabel(VormAssembler& assembler, const std::string& name)
 {
-    return name + ".elim." + std::to_string(nextCCTopNumber());
+    return name + ".elim." + std::to_string(nextCCTopNumber(assembler));
 }
 
 DebugFrame::~DebugFrame()
@@ -154,7 +150,7 @@ unsigned DebugFrameCIE::getFDEAugmentationSize(bool eh) const
 
 std::string DebugFrameCIE::encode(DataWriter& writer, bool eh) const
 {
-    const std::string name = ".Lcie" + std::to_string(p_cieCounter++);
+    const std::string name = ".Lcie" + std::to_string(writer.getAssembler().nameCounters().frameCIEs++);
     writer.emitLabel(name + "_begin");
     writer.emitDifference(name + "_end", name + "_after_length");
     writer.emitLabel(name + "_after_length");
@@ -196,9 +192,9 @@ std::string DebugFrameCIE::encode(DataWriter& writer, bool eh) const
 void DebugFrameProc::encode(DataWriter& writer, const std::string& cieLabel, const DebugFrameCIE& cie,
                             bool eh) const
 {
-    const std::string name = ".Lfde" + std::to_string(p_fdeCounter++);
+    const std::string name = ".Lfde" + std::to_string(writer.getAssembler().nameCounters().frameFDEs++);
     // The entry goes when the linker drops the code it describes.
-    writer.emitCCTop(DebugFrame::genCCTopLabel(name), startLabel->getName());
+    writer.emitCCTop(DebugFrame::genCCTopLabel(writer.getAssembler(), name), startLabel->getName());
     writer.emitDifference(name + "_end", name + "_afterLength");
     writer.emitLabel(name + "_afterLength");
     if (eh)

@@ -97,9 +97,9 @@ public:
 
     // The next number of the run-wide counter that names the generated elimination blocks of the
     // frame sections and of the line table.
-    static unsigned nextCCTopNumber();
+    static unsigned nextCCTopNumber(VormAssembler& assembler);
     // `name` + ".elim." + the next number.
-    static std::string genCCTopLabel(const std::string& name);
+    static std::string genCCTopLabel(VormAssembler& assembler, const std::string& name);
 
 private:
     bool m_debugFrameSection = false;

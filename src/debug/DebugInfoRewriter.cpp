@@ -119,9 +119,10 @@ bool DebugInfoRewriter::rewriteAsLabelDiff(VormSection* section, VormDataLine* d
     VormLabel* toLabel = m_assembler.addUniqueLabel(section, to, location, false)->getLabel();
     labels.ensureLabelName(fromLabel);
     labels.ensureLabelName(toLabel);
-    dataLine->replaceOperand(
-        m_assembler, 0,
-        newBinaryOperand(Operand::SUBTRACT, newSymbolOperand(toLabel->getName()), newSymbolOperand(fromLabel->getName())));
+    IdStrings& strings = m_assembler.getIdStrings();
+    dataLine->replaceOperand(m_assembler, 0,
+                             newBinaryOperand(strings, Operand::SUBTRACT, newSymbolOperand(strings, toLabel->getName()),
+                                              newSymbolOperand(strings, fromLabel->getName())));
     return true;
 }
 

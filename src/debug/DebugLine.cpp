@@ -156,7 +156,7 @@ void DebugLine::writeLineNumberEntry(DataWriter& writer, DebugLineRow& state, co
         if (!state.ccName.empty())
             writer.emitCCBottom();
         if (!row.ccName.empty())
-            writer.emitCCTop(row.ccName + ".line." + std::to_string(DebugFrame::nextCCTopNumber()), row.ccName);
+            writer.emitCCTop(row.ccName + ".line." + std::to_string(DebugFrame::nextCCTopNumber(writer.getAssembler())), row.ccName);
         state.ccName = row.ccName;
     }
     if (row.file != state.file) {

@@ -11,26 +11,20 @@
 
 namespace vorp {
 
-namespace {
-
-unsigned p_blockCounter = 0;
-
-} // namespace
-
 void EliminationBlocks::addEliminationBlock(VormAssembler& assembler, VormSection* section, LinePosition start,
                                             LinePosition end, VormLabel* label)
 {
-    const std::string name = "vorp.cc" + std::to_string(p_blockCounter++);
+    const std::string name = "vorp.cc" + std::to_string(assembler.nameCounters().eliminationBlocks++);
     auto top = std::make_unique<TokenLine>();
-    top->push_back(newGeneratedToken(S_D_CCTOP, "cc_top"));
-    top->push_back(newGeneratedToken(S_NAME, name.c_str()));
-    top->push_back(newGeneratedToken(S_COMMA, ","));
-    top->push_back(newGeneratedToken(S_NAME, label ? label->getName() : ""));
+    top->push_back(newGeneratedToken(assembler.getIdStrings(), S_D_CCTOP, "cc_top"));
+    top->push_back(newGeneratedToken(assembler.getIdStrings(), S_NAME, name.c_str()));
+    top->push_back(newGeneratedToken(assembler.getIdStrings(), S_COMMA, ","));
+    top->push_back(newGeneratedToken(assembler.getIdStrings(), S_NAME, label ? label->getName() : ""));
     VormCCDirectiveLine* topLine = assembler.addCCTop(section, start, std::move(top));
 
     auto bottom = std::make_unique<TokenLine>();
-    bottom->push_back(newGeneratedToken(S_D_CCBOT, "cc_bottom"));
-    bottom->push_back(newGeneratedToken(S_NAME, name.c_str()));
+    bottom->push_back(newGeneratedToken(assembler.getIdStrings(), S_D_CCBOT, "cc_bottom"));
+    bottom->push_back(newGeneratedToken(assembler.getIdStrings(), S_NAME, name.c_str()));
     assembler.addCCBottom(section, end, std::move(bottom), topLine);
 }
 

@@ -21,7 +21,7 @@ void CatchableErrorHandler::report(bool exit, bool copyToStdout, const char* for
 {
     char buffer[65537];
     vsnprintf(buffer, 65536, format, args);
-    if (exitOnError() && exit)
+    if (exit)
         throw std::string(buffer);
     fputs(buffer, stderr);
     fflush(stderr);

@@ -4,8 +4,8 @@
 
 namespace vorp {
 
-// For callers that embed the library: a fatal error that would end the process is thrown as a
-// std::string holding its text instead.
+// For callers that embed the library: a fatal error that would end the run is not printed but
+// thrown as a std::string holding its text, instead of FatalError.
 class CatchableErrorHandler : public ErrorHandler {
 public:
     void fatalError(bool exit, const char* format, ...) override __attribute__((format(printf, 3, 4)));

@@ -1,6 +1,7 @@
 #include "diag/ErrorHandler.h"
 
-#include <cstdlib>
+#include "diag/FatalError.h"
+
 #include <cstring>
 
 namespace vorp {
@@ -11,10 +12,6 @@ const char* const p_traceNames[ErrorHandler::NUM_TRACE_KINDS] = {
     "TRACE_SWITCH_DATA", "TRACE_SWITCH_CTRL", "TRACE_ISTREAM", "TRACE_ASYNC",
     "TRACE_MEM",         "TRACE_CHECKER",     "TRACE_PRDTG",
 };
-
-// Machine-interface tracing works in fixed buffers: a long trace line is cut, not overrun.
-char p_miBuffer[1024];
-char p_miEscaped[2 * sizeof(p_miBuffer)];
 
 } // namespace
 
@@ -43,15 +40,15 @@ void ErrorHandler::fatalError(bool exit, const char* format, ...)
         va_end(args);
         fflush(stdout);
     }
-    if (m_exitOnError && exit)
-        std::exit(1);
+    if (exit)
+        throw FatalError(1);
 }
 
 void ErrorHandler::fatalVError(bool exit, const char* format, va_list args)
 {
     vfprintf(m_output, format, args);
-    if (m_exitOnError && exit)
-        std::exit(1);
+    if (exit)
+        throw FatalError(1);
 }
 
 void ErrorHandler::trace(const char* format, ...)
@@ -59,9 +56,12 @@ void ErrorHandler::trace(const char* format, ...)
     va_list args;
     va_start(args, format);
     if (m_gdbMiTracing) {
-        vsnprintf(p_miBuffer, sizeof(p_miBuffer), format, args);
-        char* out = p_miEscaped;
-        for (const char* in = p_miBuffer; *in; ++in) {
+        // Machine-interface tracing works in fixed buffers: a long trace line is cut, not overrun.
+        char buffer[1024];
+        char escaped[2 * sizeof(buffer)];
+        vsnprintf(buffer, sizeof(buffer), format, args);
+        char* out = escaped;
+        for (const char* in = buffer; *in; ++in) {
             if (*in == '\n') {
                 *out++ = '\\';
                 *out++ = 'n';
@@ -70,7 +70,7 @@ void ErrorHandler::trace(const char* format, ...)
             }
         }
         *out = '\0';
-        fprintf(getTarget(), "@\"%s\"\n", p_miEscaped);
+        fprintf(getTarget(), "@\"%s\"\n", escaped);
     } else {
         vfprintf(getTarget(), format, args);
     }

@@ -26,12 +26,11 @@ public:
     ErrorHandler& operator=(const ErrorHandler&) = delete;
     virtual ~ErrorHandler();
 
-    // Prints the text on the output; ends the process with status 1 when `exit` is set and
-    // exiting on error is allowed.
+    // Prints the text on the output; with `exit`, the run then ends: FatalError is thrown, with
+    // status 1.
     virtual void fatalError(bool exit, const char* format, ...) __attribute__((format(printf, 3, 4)));
     virtual void trace(const char* format, ...) __attribute__((format(printf, 2, 3)));
     virtual void trace(int type, bool prefix, const char* format, ...) __attribute__((format(printf, 4, 5)));
-    virtual void setExitOnError(bool exitOnError) { m_exitOnError = exitOnError; }
     virtual void setTraceOnError(bool traceOnError) { m_traceOnError = traceOnError; }
     virtual void setGdbMiTracing(bool on) { m_gdbMiTracing = on; }
     virtual void fatalVError(bool exit, const char* format, va_list args);
@@ -48,11 +47,9 @@ public:
     void setTraceConfig(int type, bool on);
 
 protected:
-    bool exitOnError() const { return m_exitOnError; }
     bool traceOnError() const { return m_traceOnError; }
 
 private:
-    bool m_exitOnError = true;
     FILE* m_output = stderr;
     FILE* m_target = nullptr;
     bool m_traceOnError = false;

@@ -1,10 +1,10 @@
 #include "driver/VorpDriver.h"
 
-#include "diag/TelkUtils.h"
+#include "diag/ErrorHandler.h"
+#include "diag/FatalError.h"
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"
 #include "driver/SignalHandling.h"
-#include "diag/ErrorHandler.h"
 #include "emit/OutputFile.h"
 #include "vorp/Assemble.h"
 
@@ -105,7 +105,8 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::str
     AssembleResult result = assembleFiles(settings, options.inputFiles);
     if (result.status != 0) {
         // A failed run leaves no object, not even one of an earlier run.
-        std::remove(outputName.c_str());
+        if (result.removesEarlierOutput)
+            std::remove(outputName.c_str());
     } else if (!writeOutputs(result, options, optionErrors)) {
         result.status = 1;
         result.statistics.objectBytes = 0;
@@ -125,6 +126,11 @@ int guardedRun(int argc, char** argv)
     };
     try {
         return runAssembler(argc, argv, *errorHandler, outputName);
+    } catch (const FatalError& error) {
+        std::fputs(error.message().c_str(), stderr);
+        if (error.discardsOutput())
+            removeOutput();
+        return error.status();
     } catch (const std::bad_alloc&) {
         std::fputs("INTERNAL ERROR\n", stderr);
         removeOutput();
@@ -156,7 +162,7 @@ int vorpMain(int argc, char** argv)
 {
     // An input can draw a warning from every byte of a long string: millions of lines. Written a
     // line at a time they cost seconds of system calls, so standard error is fully buffered. Every
-    // way out flushes it: a return, exit() (fatal errors and the signal handler), a failed assertion
+    // way out flushes it: a return (fatal errors too), exit() (the signal handler), a failed assertion
     // (which flushes after its text), and any other abort, through its handler.
     static char stderrBuffer[1 << 16];
     std::setvbuf(stderr, stderrBuffer, _IOFBF, sizeof(stderrBuffer));

@@ -76,12 +76,7 @@ ElfHandler::ElfHandler(ErrorHandler* errorHandler, std::istream& in)
 
 ElfHandler::~ElfHandler()
 {
-    try {
-        releaseAll();
-    } catch (...) {
-        fprintf(stderr, "INTERNAL ERROR.\n");
-        std::exit(1);
-    }
+    releaseAll();
 }
 
 void ElfHandler::releaseAll()

@@ -50,14 +50,7 @@ ElfStrings::ElfStrings(ErrorHandler* errorHandler, std::istream& in, const ElfSe
 
 ElfStrings::~ElfStrings()
 {
-    try {
-        m_stringMap.clear();
-        m_stringOrder.clear();
-        delete[] m_buffer;
-    } catch (...) {
-        fprintf(stderr, "INTERNAL ERROR.\n");
-        std::exit(1);
-    }
+    delete[] m_buffer;
 }
 
 ElfString* ElfStrings::add(const char* name)

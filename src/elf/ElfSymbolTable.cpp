@@ -33,16 +33,8 @@ ElfSymbolTable::ElfSymbolTable(ElfHandler* elfHandler, std::istream& in, const E
 
 ElfSymbolTable::~ElfSymbolTable()
 {
-    try {
-        m_nameIndex.clear();
-        m_symbolIndex.clear();
-        for (ElfSymbol* symbol : m_symbols)
-            delete symbol;
-        m_symbols.clear();
-    } catch (...) {
-        fprintf(stderr, "INTERNAL ERROR.\n");
-        std::exit(1);
-    }
+    for (ElfSymbol* symbol : m_symbols)
+        delete symbol;
 }
 
 unsigned ElfSymbolTable::add(ElfString* name, Elf32_Addr value, Elf32_Half section, unsigned char binding,

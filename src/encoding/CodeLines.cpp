@@ -1,5 +1,6 @@
 #include "encoding/CodeLines.h"
 
+#include "diag/FatalError.h"
 #include "diag/VorpErrorHandler.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormDirectives.h"
@@ -10,7 +11,6 @@
 
 #include <cassert>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 namespace vorp {
@@ -45,11 +45,11 @@ VormCodeLine* addCode(VormAssembler& assembler, VormSection* section, std::uniqu
     return nullptr;
 }
 
-std::unique_ptr<TokenLine> newBranchTokenLine(const char* target, int line, const char* file)
+std::unique_ptr<TokenLine> newBranchTokenLine(VormAssembler& assembler, const char* target, int line, const char* file)
 {
     auto tokens = std::make_unique<TokenLine>();
-    tokens->push_back(newToken(S_NAME, "bu", line, file));
-    tokens->push_back(newToken(S_NAME, target, line, file));
+    tokens->push_back(newToken(assembler.getIdStrings(), S_NAME, "bu", line, file));
+    tokens->push_back(newToken(assembler.getIdStrings(), S_NAME, target, line, file));
     return tokens;
 }
 
@@ -57,7 +57,7 @@ VormCodeLine* addBranch(VormAssembler& assembler, VormSection* section, const ch
                         const char* file)
 {
     VormCodeLine* branch =
-        addCode(assembler, section, newBranchTokenLine(target, line, file), false, VormAssembler::SYNTAX_DEFAULT);
+        addCode(assembler, section, newBranchTokenLine(assembler, target, line, file), false, VormAssembler::SYNTAX_DEFAULT);
     assert(branch);
     return branch;
 }
@@ -101,7 +101,7 @@ void noMatchingFormatError(VormAssembler& assembler, EncodingFailInfo& failInfo)
         assert(encoder);
         encoder->printFormats(errors.output());
     }
-    std::exit(1);
+    throw FatalError(1);
 }
 
 } // namespace vorp

@@ -24,7 +24,7 @@ VormCodeLine* addCode(VormAssembler& assembler, VormSection* section, std::uniqu
 // A `bu TARGET` line added at the end of the section, in the default syntax and unscheduled.
 VormCodeLine* addBranch(VormAssembler& assembler, VormSection* section, const char* target, int line,
                         const char* file);
-std::unique_ptr<TokenLine> newBranchTokenLine(const char* target, int line, const char* file);
+std::unique_ptr<TokenLine> newBranchTokenLine(VormAssembler& assembler, const char* target, int line, const char* file);
 VormJTTrampoline* addJTTrampoline(VormAssembler& assembler, VormSection* section, std::unique_ptr<TokenLine> tokens);
 // A directive kept as tokens (.skip, .space, .assert, .sameresource, .jmptable, .jmptable32),
 // initialised at once.

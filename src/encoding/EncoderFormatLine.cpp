@@ -16,7 +16,7 @@ EncodeResult EncoderFormat::regOperandMatches(VormCodeLine* line, unsigned& toke
                                               const OperandDescriptorReg* desc) const
 {
     int number = 0;
-    if (!VormOperReg::instance().getRegNum(line, tokenNum, number))
+    if (!VormOperReg::getRegNum(line, tokenNum, number))
         return ENCODE_NO;
     if (desc->isUse())
         line->addUseReg(number);
@@ -25,14 +25,15 @@ EncodeResult EncoderFormat::regOperandMatches(VormCodeLine* line, unsigned& toke
     return desc->matches(number) ? ENCODE_DEFINITE : ENCODE_NO;
 }
 
-EncodeResult EncoderFormat::immOperandMatches(VormCodeLine* line, unsigned& tokenNum, const OperandDescriptorImm* desc,
-                                              bool largest, EncodingFailInfo::Ranges& ranges, int& value) const
+EncodeResult EncoderFormat::immOperandMatches(VormCodeLine* line, VormOperImm& immediates, unsigned& tokenNum,
+                                              const OperandDescriptorImm* desc, bool largest,
+                                              EncodingFailInfo::Ranges& ranges, int& value) const
 {
     int minimum = 0;
     int current = 0;
     int maximum = 0;
-    if (!VormOperImm::instance().getValues(line, tokenNum, static_cast<unsigned>(m_numBytes), minimum, current,
-                                           maximum, desc, largest, nullptr, 0, false))
+    if (!immediates.getValues(line, tokenNum, static_cast<unsigned>(m_numBytes), minimum, current, maximum, desc,
+                              largest, nullptr, 0, false))
         return ENCODE_NO;
     switch (desc->matches(minimum, current, maximum)) {
     case OperandDescriptor::MATCH_POSSIBLE:
@@ -49,7 +50,7 @@ EncodeResult EncoderFormat::immOperandMatches(VormCodeLine* line, unsigned& toke
     return ENCODE_OUT_OF_RANGE;
 }
 
-EncodeResult EncoderFormat::canEncode(VormCodeLine* line, bool largest, Relocations*,
+EncodeResult EncoderFormat::canEncode(VormCodeLine* line, VormOperImm& immediates, bool largest,
                                       EncodingFailInfo::Ranges& ranges, int& value) const
 {
     const char* signature = m_signature.c_str();
@@ -72,8 +73,8 @@ EncodeResult EncoderFormat::canEncode(VormCodeLine* line, bool largest, Relocati
                     break;
                 case 'i':
                     assert(desc->isImm());
-                    result = immOperandMatches(line, tokenNum, static_cast<const OperandDescriptorImm*>(desc),
-                                               largest, ranges, value);
+                    result = immOperandMatches(line, immediates, tokenNum,
+                                               static_cast<const OperandDescriptorImm*>(desc), largest, ranges, value);
                     break;
                 default:
                     assert(0);
@@ -122,7 +123,8 @@ EncodeResult EncoderFormat::canEncode(VormCodeLine* line, bool largest, Relocati
     return result;
 }
 
-EncoderFormat::Fields EncoderFormat::readOperands(VormCodeLine* line, Relocations* relocations) const
+EncoderFormat::Fields EncoderFormat::readOperands(VormCodeLine* line, VormOperImm& immediates,
+                                                  Relocations* relocations) const
 {
     // Missing operands (`mov`, `nop`) are 0.
     Fields written{};
@@ -134,14 +136,13 @@ EncoderFormat::Fields EncoderFormat::readOperands(VormCodeLine* line, Relocation
         const OperandDescriptor* desc = getDescriptor(operandNum);
         if (m_signature[++i] == 'r') {
             int number = 0;
-            const bool isRegister = VormOperReg::instance().getRegNum(line, tokenNum, number);
+            const bool isRegister = VormOperReg::getRegNum(line, tokenNum, number);
             assert(isRegister);
             written[operandNum] = static_cast<std::uint32_t>(number);
         } else {
             int value = 0;
-            VormOperImm::instance().getValue(line, tokenNum, static_cast<unsigned>(m_numBytes), value,
-                                             static_cast<const OperandDescriptorImm*>(desc), relocations,
-                                             m_relocationType);
+            immediates.getValue(line, tokenNum, static_cast<unsigned>(m_numBytes), value,
+                                static_cast<const OperandDescriptorImm*>(desc), relocations, m_relocationType);
             if (desc->hasMap())
                 value = desc->map(value);
             written[operandNum] = static_cast<std::uint32_t>(value);
@@ -151,9 +152,9 @@ EncoderFormat::Fields EncoderFormat::readOperands(VormCodeLine* line, Relocation
     return written;
 }
 
-std::uint32_t EncoderFormat::getOpcode(VormCodeLine* line, Relocations* relocations) const
+std::uint32_t EncoderFormat::getOpcode(VormCodeLine* line, VormOperImm& immediates, Relocations* relocations) const
 {
-    return encodeFields(readOperands(line, relocations));
+    return encodeFields(readOperands(line, immediates, relocations));
 }
 
 } // namespace vorp

@@ -7,6 +7,7 @@
 
 namespace vorp {
 
+class AddressReader;
 struct EncodingFailInfo;
 class VormLabels;
 
@@ -18,7 +19,9 @@ public:
     virtual VormAddress getAddress() const = 0;
     virtual VormAddress getNextAddress() const = 0;
     virtual bool isDone() const = 0;
-    virtual bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo) = 0;
+    // `addresses`: where lines are while sizes are open; null for the addresses set on them.
+    virtual bool chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
+                               EncodingFailInfo& failInfo) = 0;
     // Makes the grouping's final order the section's.
     virtual void commit() = 0;
 };

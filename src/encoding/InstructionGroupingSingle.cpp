@@ -24,10 +24,10 @@ bool InstructionGroupingSingle::isDone() const
     return m_line->isDone();
 }
 
-bool InstructionGroupingSingle::chooseEncoder(bool force, VormLabels& labels, bool& changed,
+bool InstructionGroupingSingle::chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
                                               EncodingFailInfo& failInfo)
 {
-    return m_line->chooseEncoder(force, labels, changed, failInfo, false);
+    return m_line->chooseEncoder(force, labels, addresses, changed, failInfo, false);
 }
 
 } // namespace vorp

@@ -15,7 +15,8 @@ public:
     VormAddress getAddress() const override;
     VormAddress getNextAddress() const override;
     bool isDone() const override;
-    bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo) override;
+    bool chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
+                       EncodingFailInfo& failInfo) override;
     void commit() override {}
     VormLine* getLine() const { return m_line; }
 

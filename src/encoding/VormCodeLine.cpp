@@ -4,6 +4,7 @@
 #include "isa/Encoder.h"
 #include "isa/EncoderFormat.h"
 #include "frontend/VorpTokeniser.h"
+#include "model/VormAssembler.h"
 #include "model/VormLabel.h"
 #include "model/VormSection.h"
 
@@ -38,11 +39,12 @@ bool VormCodeLine::isDone() const
     return m_minBytes == m_maxBytes;
 }
 
-bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo, bool final)
+bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
+                                 EncodingFailInfo& failInfo, bool final)
 {
     Distances distances;
     // The memo compares the lines' own addresses: while a reader answers for them it has no say.
-    const bool memo = !final && !VormOperImm::instance().getAddressReader();
+    const bool memo = !final && !addresses;
     if (memo && m_memo.valid && (!force || m_memo.forced) && m_formats.size() == m_memo.formats &&
         memoDistances(distances) && distances == m_memo.distances) {
         changed = false;
@@ -51,7 +53,7 @@ bool VormCodeLine::chooseEncoder(bool force, VormLabels& labels, bool& changed, 
     std::uint32_t minBefore = 0, maxBefore = 0, minAfter = 0, maxAfter = 0;
     getByteRange(minBefore, maxBefore);
     const std::size_t formatsBefore = m_formats.size();
-    const bool result = chooseEncoderImpl(force, labels, failInfo, final);
+    const bool result = chooseEncoderImpl(force, labels, addresses, failInfo, final);
     updateSizes();
     getByteRange(minAfter, maxAfter);
     changed = minBefore != minAfter || maxBefore != maxAfter;
@@ -94,8 +96,11 @@ bool VormCodeLine::memoDistances(Distances& distances)
     return true;
 }
 
-bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final)
+bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels& labels, AddressReader* addresses,
+                                     EncodingFailInfo& failInfo, bool final)
 {
+    // The final choice values operands at the lines' own addresses.
+    VormOperImm immediates(labels, final ? nullptr : addresses);
     EncodingFailInfo::Ranges ranges;
     bool sawOutOfRange = false;
     int value = 0;
@@ -108,7 +113,7 @@ bool VormCodeLine::chooseEncoderImpl(bool force, VormLabels& labels, EncodingFai
         };
         const int lastSize = m_formats.back()->getNumBytes();
         const EncodeResult result =
-            format->canEncode(this, format->getNumBytes() == lastSize, &getSection()->getRelocations(), ranges, value);
+            format->canEncode(this, immediates, format->getNumBytes() == lastSize, ranges, value);
         bool accepted = false;
         switch (result) {
         case ENCODE_DEFINITE:
@@ -167,7 +172,12 @@ void VormCodeLine::setJumpTableEntry(const char* trampolineLabel, const EncoderF
 void VormCodeLine::JTmodifyBranchLabel(VormLabels&)
 {
     const Token& mnemonic = getToken(0);
-    replaceToken(1, newToken(S_NAME, m_jumpTableTarget.c_str(), mnemonic.line, mnemonic.file));
+    Token target;
+    target.symbol = S_NAME;
+    target.text = m_jumpTableTarget;
+    target.line = mnemonic.line;
+    target.file = mnemonic.file;
+    replaceToken(1, target);
 }
 
 void VormCodeLine::JTsetAsmFormat()
@@ -238,11 +248,12 @@ void VormCodeLine::getFailInfo(EncodingFailInfo& failInfo, bool outOfRange, cons
         failInfo.m_ranges = *ranges;
 }
 
-void VormCodeLine::encode(std::uint8_t* buffer, Relocations& relocations, VormAssembler&, VorpErrorHandler&)
+void VormCodeLine::encode(std::uint8_t* buffer, Relocations& relocations, VormAssembler& assembler, VorpErrorHandler&)
 {
     assert(isDone());
     const EncoderFormat* format = m_formats.front();
-    std::uint32_t value = format->getOpcode(this, &relocations);
+    VormOperImm immediates(assembler.getLabels(), nullptr);
+    std::uint32_t value = format->getOpcode(this, immediates, &relocations);
     const int size = format->getNumBytes();
     if (size == 4)
         value = (value << 16) | (value >> 16); // the prefix halfword comes first in memory

@@ -24,8 +24,8 @@ public:
 
     void encode(std::uint8_t* buffer, Relocations& relocations, VormAssembler& assembler,
                 VorpErrorHandler& errorHandler) override;
-    bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo,
-                       bool final) override;
+    bool chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
+                       EncodingFailInfo& failInfo, bool final) override;
     bool isDone() const override;
     // The sizes of the first and of the last format left; 0 when none is.
     void getByteRange(std::uint32_t& minBytes, std::uint32_t& maxBytes) const override;
@@ -51,7 +51,8 @@ public:
     const char* getInstructionName() const { return getToken(0).text; }
 
     // Makes the line an entry of a compact jump table: 2 bytes only; when no short form reaches
-    // the target, the entry branches with `trampolineFormat` to the trampoline label instead.
+    // the target, the entry branches with `trampolineFormat` to the trampoline label instead, whose
+    // interned name is `trampolineLabel`.
     void setJumpTableEntry(const char* trampolineLabel, const EncoderFormat* trampolineFormat);
     bool isJumpTableEntry() const { return m_isJumpTableEntry; }
     TrampolineUse getJumpTableState() const { return m_jumpTableState; }
@@ -60,7 +61,8 @@ public:
     void JTsetAsmFormat();
 
     // Removes formats that can't encode the line at the present addresses; false when none is left.
-    virtual bool chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final);
+    virtual bool chooseEncoderImpl(bool force, VormLabels& labels, AddressReader* addresses, EncodingFailInfo& failInfo,
+                                   bool final);
     void replaceToken(unsigned tokenNum, const Token& token);
     // The label that an operand token named when it was last looked up, or null. Format choice asks
     // for the same label in every pass, and the table lookup is its costliest part.
@@ -90,7 +92,7 @@ protected:
     std::uint32_t m_maxBytes = 0;
     bool m_isJumpTableEntry = false;
     TrampolineUse m_jumpTableState = TRAMPOLINE_UNDECIDED;
-    std::string m_jumpTableTarget;
+    const char* m_jumpTableTarget = nullptr; // interned
     const EncoderFormat* m_jumpTableFormat = nullptr;
     std::vector<int> m_regUse;
     std::vector<int> m_regDef;

@@ -45,12 +45,15 @@ void VormDotJmptableDirective::initialise(VormDirectiveLine* line, VormAssembler
         const std::string name = target + suffix;
         VormJTTrampoline*& trampoline = trampolines[target];
         if (!trampoline) {
-            assembler.addLabel(section, newToken(S_NAME, name.c_str(), line->getLineNum(), line->getFileName()), false);
-            trampoline = addJTTrampoline(assembler, section, newBranchTokenLine(
-                                                                target.c_str(), line->getLineNum(), line->getFileName()));
+            assembler.addLabel(
+                section, newToken(assembler.getIdStrings(), S_NAME, name.c_str(), line->getLineNum(), line->getFileName()),
+                false);
+            trampoline = addJTTrampoline(
+                assembler, section,
+                newBranchTokenLine(assembler, target.c_str(), line->getLineNum(), line->getFileName()));
         }
         trampoline->addTrampolineUse(entry);
-        entry->setJumpTableEntry(name.c_str(), shortForward);
+        entry->setJumpTableEntry(assembler.getIdStrings().idString(name), shortForward);
     }
     ++m_tableCounter;
 }

@@ -15,13 +15,13 @@ void VormJTTrampoline::addTrampolineUse(VormCodeLine* entry)
     m_use = TRAMPOLINE_UNDECIDED;
 }
 
-VormCodeLine::TrampolineUse VormJTTrampoline::calculateTrampolineUse(VormLabels& labels)
+VormCodeLine::TrampolineUse VormJTTrampoline::calculateTrampolineUse(VormLabels& labels, AddressReader* addresses)
 {
     TrampolineUse result = TRAMPOLINE_UNUSED;
     for (VormCodeLine* entry : m_entries) {
         if (entry->getJumpTableState() == TRAMPOLINE_UNDECIDED) {
             EncodingFailInfo scratch;
-            entry->chooseEncoderImpl(false, labels, scratch, false);
+            entry->chooseEncoderImpl(false, labels, addresses, scratch, false);
             if (entry->getJumpTableState() == TRAMPOLINE_UNDECIDED)
                 result = TRAMPOLINE_UNDECIDED;
         }
@@ -38,10 +38,11 @@ VormCodeLine::TrampolineUse VormJTTrampoline::calculateTrampolineUse(VormLabels&
     return result;
 }
 
-bool VormJTTrampoline::chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final)
+bool VormJTTrampoline::chooseEncoderImpl(bool force, VormLabels& labels, AddressReader* addresses,
+                                         EncodingFailInfo& failInfo, bool final)
 {
     if (m_use == TRAMPOLINE_UNDECIDED) {
-        m_use = calculateTrampolineUse(labels);
+        m_use = calculateTrampolineUse(labels, final ? nullptr : addresses);
         if (m_use == TRAMPOLINE_UNDECIDED && force)
             m_use = TRAMPOLINE_USED;
         if (m_use == TRAMPOLINE_UNUSED)
@@ -49,7 +50,7 @@ bool VormJTTrampoline::chooseEncoderImpl(bool force, VormLabels& labels, Encodin
     } else if (m_use == TRAMPOLINE_UNUSED) {
         return true;
     }
-    const bool result = VormCodeLine::chooseEncoderImpl(force, labels, failInfo, final);
+    const bool result = VormCodeLine::chooseEncoderImpl(force, labels, addresses, failInfo, final);
     return m_use == TRAMPOLINE_UNDECIDED ? true : result;
 }
 

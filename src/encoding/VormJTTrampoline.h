@@ -18,7 +18,7 @@ public:
 
     // Used as soon as one entry needs it, unused when all reach their targets; undecided entries
     // are asked again.
-    TrampolineUse calculateTrampolineUse(VormLabels& labels);
+    TrampolineUse calculateTrampolineUse(VormLabels& labels, AddressReader* addresses);
 
     void encode(std::uint8_t* buffer, Relocations& relocations, VormAssembler& assembler,
                 VorpErrorHandler& errorHandler) override;
@@ -26,7 +26,8 @@ public:
     void getByteRange(std::uint32_t& minBytes, std::uint32_t& maxBytes) const override;
     bool isDone() const override;
     // A stalemate broken by force keeps the trampoline.
-    bool chooseEncoderImpl(bool force, VormLabels& labels, EncodingFailInfo& failInfo, bool final) override;
+    bool chooseEncoderImpl(bool force, VormLabels& labels, AddressReader* addresses, EncodingFailInfo& failInfo,
+                           bool final) override;
 
 protected:
     // The answer follows the entries' state.

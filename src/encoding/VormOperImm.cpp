@@ -1,12 +1,14 @@
 #include "encoding/VormOperImm.h"
 
+#include "diag/FatalError.h"
 #include "diag/VorpErrorHandler.h"
-#include "encoding/AddressReader.h"
+#include "model/AddressReader.h"
 #include "isa/OperandDescriptor.h"
-#include "model/Relocations.h"
 #include "encoding/VormCodeLine.h"
+#include "model/Relocations.h"
 #include "frontend/VormExprEval.h"
 #include "frontend/VorpTokeniser.h"
+#include "model/AddressReader.h"
 #include "model/VormLabels.h"
 #include "model/VormLine.h"
 
@@ -16,19 +18,13 @@
 
 namespace vorp {
 
-VormOperImm& VormOperImm::instance()
-{
-    static VormOperImm reader;
-    return reader;
-}
-
 bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned instructionBytes, int& minimum,
                             int& current, int& maximum, const OperandDescriptorImm* desc, bool largest,
                             Relocations* relocations, std::uint32_t relocationType, bool final)
 {
     const LexTokenVector* tokens = &line->getTokens();
     int constant = 0;
-    if (VormExprEval::instance().tryEvaluateExpression(tokens, tokenNum, constant)) {
+    if (VormExprEval().tryEvaluateExpression(tokens, tokenNum, constant)) {
         // Constants are written in the operand's units: they are not scaled.
         if (desc->isInverted())
             constant = static_cast<int>(0u - static_cast<std::uint32_t>(constant));
@@ -43,17 +39,17 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
     if (!desc->isLabelAllowed()) {
         if (VorpTokeniser::isRegister(name))
             return false;
-        m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::LABEL_AS_IMMEDIATE,
+        m_labels.getErrorHandler().vorpError(line->getLocation(), AssErrorCodes::LABEL_AS_IMMEDIATE,
                                   "Instruction '%s' does not allow a label as an immediate\n",
                                   line->getInstructionName());
-        std::exit(1);
+        throw FatalError(1);
     }
 
     int addend = 0;
     if (tokenNum + 1 < line->numTokens() &&
         (line->getToken(tokenNum + 1).symbol == S_PLUS || line->getToken(tokenNum + 1).symbol == S_MINUS)) {
         ++tokenNum;
-        if (!VormExprEval::instance().tryEvaluateExpression(tokens, tokenNum, addend))
+        if (!VormExprEval().tryEvaluateExpression(tokens, tokenNum, addend))
             addend = 0;
         --tokenNum;
     }
@@ -61,7 +57,7 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
     // Marked a branch target whatever the instruction: its line then starts a new block.
     VormLabel* label = line->getCachedLabel(tokenNum, name.text);
     if (!label) {
-        label = m_labels->getOrAddRequiredLabel(name.text, true);
+        label = m_labels.getOrAddRequiredLabel(name.text, true);
         // Once the label has its line, asking again changes nothing: keep the answer.
         if (label->getTargetLine())
             line->setCachedLabel(tokenNum, name.text, label);
@@ -88,10 +84,10 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
         if ((mode == OperandDescriptorImm::MODE_CP_RELATIVE || mode == OperandDescriptorImm::MODE_DP_RELATIVE) &&
             target->getSymbolType() == SYMBOL_DEFINED) {
             if (final && (target->getTargetLine()->getAddress().min + static_cast<std::uint32_t>(addend)) % 4 != 0) {
-                m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_LABEL,
+                m_labels.getErrorHandler().vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_LABEL,
                                           "label '%s' must be word aligned to be used with a %s relative offset\n",
                                           name.text, mode == OperandDescriptorImm::MODE_CP_RELATIVE ? "cp" : "dp");
-                std::exit(1);
+                throw FatalError(1);
             }
             return relocate();
         }
@@ -111,9 +107,9 @@ bool VormOperImm::getValues(VormCodeLine* line, unsigned& tokenNum, unsigned ins
             const int scale = desc->getScale();
             if (scale > 0) {
                 if (final && (std::abs(high) & ((1 << scale) - 1))) {
-                    m_errorHandler->vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_LABEL,
+                    m_labels.getErrorHandler().vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_LABEL,
                                               "misaligned scaled immediate value detected. label: %s\n", name.text);
-                    std::exit(1);
+                    throw FatalError(1);
                 }
                 high >>= scale;
                 now >>= scale;

@@ -9,18 +9,14 @@ class OperandDescriptorImm;
 class Relocations;
 class VormCodeLine;
 class VormLabels;
-class VorpErrorHandler;
 
 // Values of immediate operands: constants, labels and label+expression, in the operand's units.
+// Made for the lines at hand: it keeps nothing between them.
 class VormOperImm {
 public:
-    static VormOperImm& instance();
-
-    void setErrorHandler(VorpErrorHandler* errorHandler) { m_errorHandler = errorHandler; }
-    void setVormLabels(VormLabels* labels) { m_labels = labels; }
-    // Where addresses come from while formats are chosen; null for the lines' own.
-    void setAddressReader(AddressReader* reader) { m_reader = reader; }
-    AddressReader* getAddressReader() const { return m_reader; }
+    // Labels are looked up, and errors reported, in `labels`; `addresses` says where lines are
+    // while formats are chosen, null for the lines' own addresses.
+    VormOperImm(VormLabels& labels, AddressReader* addresses) : m_labels(labels), m_reader(addresses) {}
 
     // The lowest, the optimistic and the highest value the operand at `tokenNum` can have at the
     // line's present address. False when the operand can't be valued for this format: the answer
@@ -34,11 +30,8 @@ public:
                   const OperandDescriptorImm* desc, Relocations* relocations, std::uint32_t relocationType);
 
 private:
-    VormOperImm() = default;
-
-    VorpErrorHandler* m_errorHandler = nullptr;
-    VormLabels* m_labels = nullptr;
-    AddressReader* m_reader = nullptr;
+    VormLabels& m_labels;
+    AddressReader* m_reader;
 };
 
 } // namespace vorp

@@ -5,13 +5,7 @@
 
 namespace vorp {
 
-VormOperReg& VormOperReg::instance()
-{
-    static VormOperReg reader;
-    return reader;
-}
-
-bool VormOperReg::getRegNum(const VormCodeLine* line, unsigned tokenNum, int& number) const
+bool VormOperReg::getRegNum(const VormCodeLine* line, unsigned tokenNum, int& number)
 {
     return VorpTokeniser::getRegisterNum(line->getToken(tokenNum), number);
 }

@@ -2,20 +2,13 @@
 
 namespace vorp {
 
-class VorpErrorHandler;
 class VormCodeLine;
 
 // Reads register operands of code lines.
 class VormOperReg {
 public:
-    static VormOperReg& instance();
-
-    void setErrorHandler(VorpErrorHandler*) {}
     // False when the token is no register name.
-    bool getRegNum(const VormCodeLine* line, unsigned tokenNum, int& number) const;
-
-private:
-    VormOperReg() = default;
+    static bool getRegNum(const VormCodeLine* line, unsigned tokenNum, int& number);
 };
 
 } // namespace vorp

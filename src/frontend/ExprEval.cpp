@@ -92,11 +92,11 @@ bool ExprEval::evaluate(const Operand* operand, int& value)
     }
 }
 
-Operand* ExprEval::optimise(Operand* operand)
+Operand* ExprEval::optimise(IdStrings& strings, Operand* operand)
 {
     bool allConstant = true;
     for (unsigned i = 0; i < operand->getNumOperands(); ++i) {
-        operand->setOperand(i, optimise(operand->getOperand(i)));
+        operand->setOperand(i, optimise(strings, operand->getOperand(i)));
         allConstant = allConstant && operand->getOperand(i)->getOpcode() == Operand::INTEGER;
     }
     int value;
@@ -104,13 +104,13 @@ Operand* ExprEval::optimise(Operand* operand)
         return operand;
     // The folded constant takes the place of the first leaf: a long sum folds without allocating.
     if (operand->getNumOperands() == 0) {
-        operand->becomeConstant(static_cast<unsigned>(value));
+        operand->becomeConstant(strings, static_cast<unsigned>(value));
         return operand;
     }
     Operand* leaf = operand->getOperand(0);
     operand->setOperand(0, nullptr);
     Operand::deepFree(operand);
-    leaf->becomeConstant(static_cast<unsigned>(value));
+    leaf->becomeConstant(strings, static_cast<unsigned>(value));
     return leaf;
 }
 

@@ -4,14 +4,17 @@
 
 namespace vorp {
 
+class IdStrings;
+
 // Constant folding on expression trees, in signed 32-bit arithmetic with wrap-around.
 class ExprEval {
 public:
     // True with the value if the tree is a constant at assembly time. Symbols, $D and $N never
     // are; a division by zero (or of the most negative value by -1) makes its node not constant.
     static bool evaluate(const Operand* operand, int& value);
-    // The tree with its constant parts folded into INTEGER nodes; the argument may be freed.
-    static Operand* optimise(Operand* operand);
+    // The tree with its constant parts folded into INTEGER nodes, whose texts go into `strings`;
+    // the argument may be freed.
+    static Operand* optimise(IdStrings& strings, Operand* operand);
     // True if any symbol of the tree is spelled ".".
     static bool usesCurrentLocation(const Operand* operand);
 };

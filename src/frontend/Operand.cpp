@@ -1,5 +1,7 @@
 #include "frontend/Operand.h"
 
+#include "diag/IdStrings.h"
+
 #include <cassert>
 
 namespace vorp {
@@ -47,12 +49,12 @@ void Operand::addOperand(Operand* child)
     m_operands[m_numOperands++] = child;
 }
 
-void Operand::becomeConstant(unsigned value)
+void Operand::becomeConstant(IdStrings& strings, unsigned value)
 {
     assert(m_numOperands == 0);
     m_opcode = INTEGER;
     m_numTokens = 0;
-    addToken(newUnsignedConstToken(value, 0, generatedFile()));
+    addToken(newUnsignedConstToken(strings, value, 0, strings.generatedFile()));
 }
 
 void Operand::addToken(const Token& token)
@@ -133,25 +135,26 @@ TokenLine* flatten(const Operand* operand)
     return line;
 }
 
-Operand* newConstantOperand(unsigned value)
+Operand* newConstantOperand(IdStrings& strings, unsigned value)
 {
     auto* leaf = new Operand(Operand::INTEGER);
-    leaf->becomeConstant(value);
+    leaf->becomeConstant(strings, value);
     return leaf;
 }
 
-Operand* newSymbolOperand(const char* name)
+Operand* newSymbolOperand(IdStrings& strings, const char* name)
 {
     auto* leaf = new Operand(Operand::SYMBOL);
-    leaf->addToken(newGeneratedToken(S_NAME, name));
+    leaf->addToken(newGeneratedToken(strings, S_NAME, name));
     return leaf;
 }
 
-Operand* newBinaryOperand(Operand::Opcode opcode, Operand* left, Operand* right)
+Operand* newBinaryOperand(IdStrings& strings, Operand::Opcode opcode, Operand* left, Operand* right)
 {
     assert((opcode == Operand::ADD || opcode == Operand::SUBTRACT) && "only sums and differences are made");
     auto* node = new Operand(opcode, left, right);
-    node->addToken(opcode == Operand::ADD ? newGeneratedToken(S_PLUS, "+") : newGeneratedToken(S_MINUS, "-"));
+    node->addToken(opcode == Operand::ADD ? newGeneratedToken(strings, S_PLUS, "+")
+                                             : newGeneratedToken(strings, S_MINUS, "-"));
     return node;
 }
 

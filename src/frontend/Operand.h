@@ -7,6 +7,8 @@
 
 namespace vorp {
 
+class IdStrings;
+
 // An expression node: an opcode, up to three owned children, and the tokens that spell the node
 // itself (the value of a leaf, the operator of an inner node, both parentheses, '?' and '$:').
 class Operand {
@@ -57,7 +59,7 @@ public:
     const Token& getToken(unsigned i) const { return m_tokens[i]; }
     void addToken(const Token& token);
     // Makes a leaf the generated constant `value`, as newConstantOperand would make it.
-    void becomeConstant(unsigned value);
+    void becomeConstant(IdStrings& strings, unsigned value);
 
     // Frees the children, then the node.
     static void deepFree(Operand* operand);
@@ -83,9 +85,9 @@ void flatten(const Operand* operand, TokenLine& line);
 TokenLine* flatten(const Operand* operand);
 
 // Trees that the assembler makes itself, with generated tokens.
-Operand* newConstantOperand(unsigned value);
-Operand* newSymbolOperand(const char* name);
+Operand* newConstantOperand(IdStrings& strings, unsigned value);
+Operand* newSymbolOperand(IdStrings& strings, const char* name);
 // `left + right` or `left - right`.
-Operand* newBinaryOperand(Operand::Opcode opcode, Operand* left, Operand* right);
+Operand* newBinaryOperand(IdStrings& strings, Operand::Opcode opcode, Operand* left, Operand* right);
 
 } // namespace vorp

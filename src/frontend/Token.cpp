@@ -4,8 +4,6 @@
 
 #include <cassert>
 #include <cstring>
-#include <string>
-#include <unordered_map>
 
 namespace vorp {
 
@@ -77,40 +75,27 @@ void fPrintToken(FILE* out, const Token* token)
     fputs(tokenCharStar(token), out);
 }
 
-Token newToken(int sym, const char* text, int line, const char* file)
+Token newToken(IdStrings& strings, int sym, const char* text, int line, const char* file)
 {
     assert(sym != 260);
     Token token;
     token.symbol = sym;
-    token.text = text ? IdStrings::idString(text) : nullptr;
+    token.text = text ? strings.idString(text) : nullptr;
     token.line = line;
     token.file = file;
     if (sym == S_STVAL) {
-        const char* data = token.text ? token.text : IdStrings::idString("");
+        const char* data = token.text ? token.text : strings.idString("");
         token.stringData = data;
         token.stringLength = static_cast<unsigned>(std::strlen(data) + 1);
     }
     return token;
 }
 
-Token newUnsignedConstToken(unsigned value, int line, const char* file)
+Token newUnsignedConstToken(IdStrings& strings, unsigned value, int line, const char* file)
 {
     Token token;
     token.symbol = S_INTVAL;
-    // Folding a long sum makes a constant at every level, and every entry of a data table is folded:
-    // the texts of values already seen are remembered, so that each fold doesn't format and look up
-    // its number again. Small values, the most common, go by index.
-    static const char* small[4096] = {};
-    static std::unordered_map<unsigned, const char*> texts;
-    const char** text = nullptr;
-    if (value < 4096) {
-        text = &small[value];
-    } else {
-        text = &texts.try_emplace(value, nullptr).first->second;
-    }
-    if (!*text)
-        *text = IdStrings::idString(std::to_string(value).c_str());
-    token.text = *text;
+    token.text = strings.numberText(value);
     token.constantText = token.text;
     token.constantValue = value;
     token.line = line;
@@ -123,15 +108,9 @@ TokenLine* newTokenLine(const Token* tokens, unsigned count)
     return new TokenLine(tokens, tokens + count);
 }
 
-const char* generatedFile()
+Token newGeneratedToken(IdStrings& strings, int symbol, const char* text)
 {
-    static const char* const file = IdStrings::idString("<unknown>");
-    return file;
-}
-
-Token newGeneratedToken(int symbol, const char* text)
-{
-    return newToken(symbol, text, 0, generatedFile());
+    return newToken(strings, symbol, text, 0, strings.generatedFile());
 }
 
 } // namespace vorp

@@ -5,6 +5,8 @@
 
 namespace vorp {
 
+class IdStrings;
+
 // Token kinds. The numbering is fixed: other parts of the assembler compare with these names, and
 // the numbers show in internal messages.
 enum TokenSymbol {
@@ -146,12 +148,12 @@ using TokenLine = std::vector<Token>;
 const char* tokenCharStar(const Token* token);
 void fPrintToken(FILE* out, const Token* token);
 
-// Tokens made outside the scanner. `symbol` must not be S_INTVAL: use newUnsignedConstToken.
-Token newToken(int symbol, const char* text, int line, const char* file);
-Token newUnsignedConstToken(unsigned value, int line, const char* file);
+// Tokens made outside the scanner, with their texts interned in `strings`. `symbol` must not be
+// S_INTVAL: use newUnsignedConstToken.
+Token newToken(IdStrings& strings, int symbol, const char* text, int line, const char* file);
+Token newUnsignedConstToken(IdStrings& strings, unsigned value, int line, const char* file);
 TokenLine* newTokenLine(const Token* tokens, unsigned count);
-// Lines and tokens that the assembler makes itself stand at line 0 of this file, "<unknown>".
-const char* generatedFile();
-Token newGeneratedToken(int symbol, const char* text);
+// Tokens that the assembler makes itself stand at line 0 of strings.generatedFile(), "<unknown>".
+Token newGeneratedToken(IdStrings& strings, int symbol, const char* text);
 
 } // namespace vorp

@@ -7,15 +7,9 @@
 
 namespace vorp {
 
-VormExprEval& VormExprEval::instance()
+int VormExprEval::evaluateExpression(const LexTokenVector* tokens, unsigned& tokenNum, const Location& location) const
 {
-    static VormExprEval evaluator;
-    return evaluator;
-}
-
-int VormExprEval::evaluateExpression(const LexTokenVector* tokens, unsigned& tokenNum, const Location& location)
-{
-    Operand* tree = VormExprParse::instance().parseExpression(tokens, tokenNum);
+    Operand* tree = VormExprParse().parseExpression(tokens, tokenNum);
     int value = 0;
     if (!ExprEval::evaluate(tree, value)) {
         assert(m_errorHandler);
@@ -26,13 +20,13 @@ int VormExprEval::evaluateExpression(const LexTokenVector* tokens, unsigned& tok
     return value;
 }
 
-bool VormExprEval::tryEvaluateExpression(const LexTokenVector* tokens, unsigned& tokenNum, int& value)
+bool VormExprEval::tryEvaluateExpression(const LexTokenVector* tokens, unsigned& tokenNum, int& value) const
 {
     // The commonest operand of all, a label, needs no tree to find that it is no constant.
-    if (VormExprParse::instance().isLoneName(tokens, tokenNum))
+    if (VormExprParse().isLoneName(tokens, tokenNum))
         return false;
     unsigned position = tokenNum;
-    Operand* tree = VormExprParse::instance().parseExpression(tokens, position);
+    Operand* tree = VormExprParse().parseExpression(tokens, position);
     const bool constant = ExprEval::evaluate(tree, value);
     Operand::deepFree(tree);
     if (constant)

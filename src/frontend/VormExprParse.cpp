@@ -1,5 +1,6 @@
 #include "frontend/VormExprParse.h"
 
+#include <array>
 #include <cassert>
 
 namespace vorp {
@@ -33,6 +34,45 @@ const Form p_bitwiseNot{15, Operand::BIT_NOT};
 const Form p_defined{15, Operand::DEFINED};
 const Form p_symNum{15, Operand::SYMNUM};
 
+// Indexed by token symbol: every operand of every format choice asks whether its tokens are
+// operators.
+constexpr int FIRST_SYMBOL = S_NULL;
+constexpr int LAST_SYMBOL = UNARY_OP_PREC;
+using OperatorTable = std::array<VormExprParseOperator, LAST_SYMBOL - FIRST_SYMBOL + 1>;
+
+OperatorTable makeOperatorTable()
+{
+    OperatorTable table;
+    auto add = [&table](int symbol, const Form* binary, const Form* unary) {
+        table[symbol - FIRST_SYMBOL] = VormExprParseOperator(binary, unary);
+    };
+    add(S_PLUS, &p_addBop, &p_plusUop);
+    add(S_MINUS, &p_minusBop, &p_minusUop);
+    add(S_MULT, &p_mult, nullptr);
+    add(S_DIV, &p_div, nullptr);
+    add(S_ALIGN, &p_align, nullptr);
+    add(S_CDUP, &p_clockDivUp, nullptr);
+    add(S_CDDOWN, &p_clockDivDown, nullptr);
+    add(S_CDEXACT, &p_clockDivExact, nullptr);
+    add(S_TILDE, nullptr, &p_bitwiseNot);
+    add(S_DEFINED, nullptr, &p_defined);
+    add(S_SYMNUM, nullptr, &p_symNum);
+    add(S_EENYMEENY, &p_conditional, nullptr);
+    add(S_MAX, &p_max, nullptr);
+    add(S_OR, &p_bitwiseOr, nullptr);
+    add(S_AMPH, &p_bitwiseAnd, nullptr);
+    add(S_LTHAN, &p_less, nullptr);
+    add(S_GTHAN, &p_greater, nullptr);
+    add(S_LTHANEQ, &p_lessOrEqual, nullptr);
+    add(S_GTHANEQ, &p_greaterOrEqual, nullptr);
+    add(S_MLTHAN, &p_lShift, nullptr);
+    add(S_MGTHAN, &p_rShift, nullptr);
+    return table;
+}
+
+// The operators never change: one table serves every parser.
+const OperatorTable p_operators = makeOperatorTable();
+
 } // namespace
 
 int VormExprParseOperator::getBinaryPrec() const
@@ -59,46 +99,12 @@ Operand::Opcode VormExprParseOperator::getUnaryOpcode() const
     return m_uOp->opcode;
 }
 
-VormExprParse& VormExprParse::instance()
+const VormExprParseOperator* VormExprParse::find(const Token* token)
 {
-    static VormExprParse parser;
-    return parser;
-}
-
-VormExprParse::VormExprParse()
-{
-    addOperator(S_PLUS, &p_addBop, &p_plusUop);
-    addOperator(S_MINUS, &p_minusBop, &p_minusUop);
-    addOperator(S_MULT, &p_mult, nullptr);
-    addOperator(S_DIV, &p_div, nullptr);
-    addOperator(S_ALIGN, &p_align, nullptr);
-    addOperator(S_CDUP, &p_clockDivUp, nullptr);
-    addOperator(S_CDDOWN, &p_clockDivDown, nullptr);
-    addOperator(S_CDEXACT, &p_clockDivExact, nullptr);
-    addOperator(S_TILDE, nullptr, &p_bitwiseNot);
-    addOperator(S_DEFINED, nullptr, &p_defined);
-    addOperator(S_SYMNUM, nullptr, &p_symNum);
-    addOperator(S_EENYMEENY, &p_conditional, nullptr);
-    addOperator(S_MAX, &p_max, nullptr);
-    addOperator(S_OR, &p_bitwiseOr, nullptr);
-    addOperator(S_AMPH, &p_bitwiseAnd, nullptr);
-    addOperator(S_LTHAN, &p_less, nullptr);
-    addOperator(S_GTHAN, &p_greater, nullptr);
-    addOperator(S_LTHANEQ, &p_lessOrEqual, nullptr);
-    addOperator(S_GTHANEQ, &p_greaterOrEqual, nullptr);
-    addOperator(S_MLTHAN, &p_lShift, nullptr);
-    addOperator(S_MGTHAN, &p_rShift, nullptr);
-}
-
-void VormExprParse::addOperator(int symbol, const Form* binary, const Form* unary)
-{
-    m_operators.emplace(symbol, VormExprParseOperator(binary, unary)); // a present key keeps its entry
-}
-
-const VormExprParseOperator* VormExprParse::find(const Token* token) const
-{
-    const auto found = m_operators.find(token->symbol);
-    return found == m_operators.end() ? nullptr : &found->second;
+    if (token->symbol < FIRST_SYMBOL || token->symbol > LAST_SYMBOL)
+        return nullptr;
+    const VormExprParseOperator& op = p_operators[token->symbol - FIRST_SYMBOL];
+    return op.hasBinary() || op.hasUnary() ? &op : nullptr;
 }
 
 Operand* VormExprParse::parseExpression(const LexTokenVector* tokens, unsigned& tokenNum)

@@ -2,7 +2,6 @@
 
 #include "frontend/Operand.h"
 
-#include <unordered_map>
 #include <vector>
 
 namespace vorp {
@@ -18,6 +17,7 @@ public:
         Operand::Opcode opcode;
     };
 
+    VormExprParseOperator() = default;
     VormExprParseOperator(const Form* binary, const Form* unary) : m_bOp(binary), m_uOp(unary) {}
     bool hasBinary() const { return m_bOp != nullptr; }
     bool hasUnary() const { return m_uOp != nullptr; }
@@ -27,16 +27,15 @@ public:
     Operand::Opcode getUnaryOpcode() const;
 
 private:
-    const Form* m_bOp;
-    const Form* m_uOp;
+    const Form* m_bOp = nullptr;
+    const Form* m_uOp = nullptr;
 };
 
 // Re-parses expressions from stored token lines. Every operator associates to the left, the
 // conditional too; token lines come from the grammar, so malformed input is an internal error.
+// A parser is made for the expressions at hand: it holds no more than its place in them.
 class VormExprParse {
 public:
-    static VormExprParse& instance();
-
     // Parses from `tokenNum` and leaves it behind the last token taken; the tree is the caller's.
     Operand* parseExpression(const LexTokenVector* tokens, unsigned& tokenNum);
     // True when the expression at `tokenNum` is a name and nothing more: its tree would be that one
@@ -44,14 +43,11 @@ public:
     bool isLoneName(const LexTokenVector* tokens, unsigned tokenNum) const;
 
 private:
-    VormExprParse();
-    void addOperator(int symbol, const VormExprParseOperator::Form* binary, const VormExprParseOperator::Form* unary);
-    const VormExprParseOperator* find(const Token* token) const;
+    static const VormExprParseOperator* find(const Token* token);
     Operand* parseExpressionAtLevel(int level);
     Operand* parseExpressionLhs();
     Operand* parseExpressionElement();
 
-    std::unordered_map<int, VormExprParseOperator> m_operators;
     const LexTokenVector* m_tokens = nullptr;
     unsigned m_pos = 0;
 };

@@ -168,15 +168,9 @@ int digitValue(int c)
     return -1;
 }
 
-const char* emptyText()
-{
-    static const char* const empty = IdStrings::idString("");
-    return empty;
-}
-
 } // namespace
 
-VorpTokeniser::VorpTokeniser() = default;
+VorpTokeniser::VorpTokeniser(IdStrings& strings) : m_strings(strings), m_emptyText(strings.idString("")) {}
 
 bool VorpTokeniser::lexInit(const std::vector<const char*>& files, VorpErrorHandler* errorHandler)
 {
@@ -207,7 +201,7 @@ bool VorpTokeniser::lexInit(const std::vector<const char*>& files, VorpErrorHand
 
 void VorpTokeniser::addInput(const char* recordName, const char* givenName, std::string_view text)
 {
-    IncEvent event{IdStrings::idString(recordName), m_inbuf.size(), 0, static_cast<std::uint32_t>(m_lineNum - 1)};
+    IncEvent event{m_strings.idString(recordName), m_inbuf.size(), 0, static_cast<std::uint32_t>(m_lineNum - 1)};
     m_lineNum += static_cast<int>(std::count(text.begin(), text.end(), '\n'));
 
     // Only blanks and tabs after the last line feed count as a finished last line.
@@ -219,7 +213,7 @@ void VorpTokeniser::addInput(const char* recordName, const char* givenName, std:
     if (!lastLineBlank) {
         m_inbuf.push_back('\n');
         ++m_lineNum;
-        m_errorHandler->vorpWarning(LineLocation(IdStrings::idString(givenName), static_cast<unsigned>(m_lineNum)),
+        m_errorHandler->vorpWarning(LineLocation(m_strings.idString(givenName), static_cast<unsigned>(m_lineNum)),
                                     AssErrorCodes::LEXICAL_WARNING, "no new line before end of file\n");
     }
     event.end = m_inbuf.size();
@@ -266,7 +260,7 @@ std::size_t VorpTokeniser::findIncEvent(std::size_t position) const
 LineLocation VorpTokeniser::currentLocation() const
 {
     if (m_incEvents.empty())
-        return LineLocation(emptyText(), m_lnum);
+        return LineLocation(m_emptyText, m_lnum);
     const IncEvent& event = m_incEvents[findIncEvent(m_inbufPos)];
     return LineLocation(event.file, m_lnum - event.lineBase);
 }
@@ -275,7 +269,7 @@ void VorpTokeniser::locateToken(Token& token, int symbol) const
 {
     const LineLocation location = currentLocation();
     token.symbol = symbol;
-    token.text = emptyText();
+    token.text = m_emptyText;
     token.line = static_cast<int>(location.getLine());
     token.file = location.getFile();
 }
@@ -454,7 +448,7 @@ void VorpTokeniser::scanLineMarker()
         const std::size_t start = currentOffset();
         while (m_ch != '"' && m_ch != '\n' && m_ch != -1)
             nextChar();
-        event.file = IdStrings::idString(std::string_view(m_inbuf).substr(start, currentOffset() - start));
+        event.file = m_strings.idString(std::string_view(m_inbuf).substr(start, currentOffset() - start));
     }
     skipToLineFeed();
 }
@@ -472,7 +466,7 @@ void VorpTokeniser::scanIdentifier(Token& token)
         ++ahead;
     const int follower = peekAt(currentOffset() + ahead);
 
-    token.text = IdStrings::idString(word);
+    token.text = m_strings.idString(word);
     if (m_startOfLine && word[0] == '.' && follower != ':' && follower != '=') {
         token.symbol = lookupDirective(word.substr(1));
         m_startOfLine = false;
@@ -488,7 +482,7 @@ void VorpTokeniser::scanAtName(Token& token)
     const std::size_t start = currentOffset();
     while (isWordCharacter(m_ch))
         nextChar();
-    token.text = IdStrings::idString(std::string_view(m_inbuf).substr(start, currentOffset() - start));
+    token.text = m_strings.idString(std::string_view(m_inbuf).substr(start, currentOffset() - start));
 }
 
 void VorpTokeniser::scanUnsignedConst(Token& token, int base)
@@ -521,7 +515,7 @@ void VorpTokeniser::scanUnsignedConst(Token& token, int base)
         nextChar();
     }
     token.constantValue = value;
-    token.constantText = IdStrings::idString(std::string_view(m_scanBuf));
+    token.constantText = m_strings.idString(std::string_view(m_scanBuf));
 }
 
 void VorpTokeniser::scanCharacter(Token& token)
@@ -536,7 +530,7 @@ void VorpTokeniser::scanCharacter(Token& token)
     if (m_ch == '\'')
         nextChar();
     token.constantValue = static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<std::int8_t>(value)));
-    token.text = IdStrings::idString(std::string_view(m_inbuf).substr(start, currentOffset() - start));
+    token.text = m_strings.idString(std::string_view(m_inbuf).substr(start, currentOffset() - start));
 }
 
 void VorpTokeniser::scanOneOrMoreString(Token& token)
@@ -555,9 +549,9 @@ void VorpTokeniser::scanOneOrMoreString(Token& token)
             break;
         nextChar(); // a string that follows at once is part of this one
     }
-    token.stringData = IdStrings::idString(std::string_view(bytes));
+    token.stringData = m_strings.idString(std::string_view(bytes));
     token.stringLength = static_cast<unsigned>(bytes.size() + 1);
-    token.text = IdStrings::idString(token.stringData);
+    token.text = m_strings.idString(token.stringData);
 }
 
 bool VorpTokeniser::scanDollar(Token& token)

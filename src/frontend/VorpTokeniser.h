@@ -11,6 +11,8 @@
 
 namespace vorp {
 
+class IdStrings;
+
 class VorpErrorHandler;
 
 // Reads every input file into one buffer, then hands out one token at a time.
@@ -19,7 +21,8 @@ class VorpErrorHandler;
 // do not end the start) and when the next non-blank character is neither ':' nor '='.
 class VorpTokeniser {
 public:
-    VorpTokeniser();
+    // The texts of the tokens are interned in `strings`, which must outlive them.
+    explicit VorpTokeniser(IdStrings& strings);
 
     // Loads the named files in order; "-" is standard input. Returns false when a file can't be
     // opened (reported as an error); a read error is reported and what was read is kept.
@@ -90,6 +93,8 @@ private:
     std::uint64_t m_tokensScanned = 0;
     std::uint64_t m_linesScanned = 0;
     std::vector<IncEvent> m_incEvents;
+    IdStrings& m_strings;
+    const char* m_emptyText;
     VorpErrorHandler* m_errorHandler = nullptr;
     std::string m_scanBuf;
     bool m_startOfLine = true;

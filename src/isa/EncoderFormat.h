@@ -13,6 +13,7 @@ namespace vorp {
 
 class Relocations;
 class VormCodeLine;
+class VormOperImm;
 
 // The answer of a format to a line's tokens.
 enum EncodeResult {
@@ -49,7 +50,7 @@ public:
     virtual ~EncoderFormat() = default;
 
     // The bits, for a line whose format is final: the high halfword of a 4-byte value comes first.
-    std::uint32_t getOpcode(VormCodeLine* line, Relocations* relocations) const;
+    std::uint32_t getOpcode(VormCodeLine* line, VormOperImm& immediates, Relocations* relocations) const;
     // The bits for given field values, as getOpcode packs them; needs no line.
     std::uint32_t encodeFields(const Fields& written) const;
 
@@ -74,8 +75,8 @@ public:
     // Walks the signature and the line's tokens together. Registers met are recorded on the line,
     // even when the format is then rejected. Only ENCODE_NO stops the walk early: the answer of the
     // last operand is the one that counts.
-    EncodeResult canEncode(VormCodeLine* line, bool largest, Relocations* relocations,
-                           EncodingFailInfo::Ranges& ranges, int& value) const;
+    EncodeResult canEncode(VormCodeLine* line, VormOperImm& immediates, bool largest, EncodingFailInfo::Ranges& ranges,
+                           int& value) const;
 
     static std::uint32_t getBits(unsigned shift, unsigned width, std::uint32_t value);
     static std::uint32_t encode1OpSubOpc(std::uint32_t r);
@@ -86,10 +87,11 @@ public:
 
 private:
     EncodeResult regOperandMatches(VormCodeLine* line, unsigned& tokenNum, const OperandDescriptorReg* desc) const;
-    EncodeResult immOperandMatches(VormCodeLine* line, unsigned& tokenNum, const OperandDescriptorImm* desc,
-                                   bool largest, EncodingFailInfo::Ranges& ranges, int& value) const;
+    EncodeResult immOperandMatches(VormCodeLine* line, VormOperImm& immediates, unsigned& tokenNum,
+                                   const OperandDescriptorImm* desc, bool largest, EncodingFailInfo::Ranges& ranges,
+                                   int& value) const;
     // The field values of the line's operands, in written order.
-    Fields readOperands(VormCodeLine* line, Relocations* relocations) const;
+    Fields readOperands(VormCodeLine* line, VormOperImm& immediates, Relocations* relocations) const;
 
     int m_numBytes;
     std::string m_name;

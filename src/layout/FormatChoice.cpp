@@ -34,7 +34,7 @@ void getInstructionGroupings(VormAssembler& assembler, VormSection* section, Ins
     for (VormLine* line : section->getLines()) {
         EncodingFailInfo failInfo;
         bool changed = false;
-        if (!line->chooseEncoder(false, assembler.getLabels(), changed, failInfo, false))
+        if (!line->chooseEncoder(false, assembler.getLabels(), nullptr, changed, failInfo, false))
             noMatchingFormatError(assembler, failInfo);
     }
 
@@ -131,7 +131,7 @@ void chooseInstructionFormats(VormAssembler& assembler, VormSection* section)
             assembler.getErrorHandler().vorpError(line->getLocation(), AssErrorCodes::MISALIGNED_CODE, "Misaligned code detected!\n");
         EncodingFailInfo failInfo;
         bool changed = false;
-        if (!line->chooseEncoder(force, assembler.getLabels(), changed, failInfo, true))
+        if (!line->chooseEncoder(force, assembler.getLabels(), nullptr, changed, failInfo, true))
             noMatchingFormatError(assembler, failInfo);
         assert(line->isDone());
         address = line->getNextAddress();

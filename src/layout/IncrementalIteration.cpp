@@ -6,7 +6,6 @@
 #include "isa/OperandDescriptor.h"
 #include "encoding/VormCodeLine.h"
 #include "encoding/VormJTTrampoline.h"
-#include "encoding/VormOperImm.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormLine.h"
 #include "schedule/InstructionGroupingScheduled.h"
@@ -133,11 +132,7 @@ IncrementalIteration::IncrementalIteration(InstructionGroupings& groupings, Vorm
 {
 }
 
-IncrementalIteration::~IncrementalIteration()
-{
-    if (m_installed)
-        VormOperImm::instance().setAddressReader(nullptr);
-}
+IncrementalIteration::~IncrementalIteration() = default;
 
 bool IncrementalIteration::start()
 {
@@ -207,7 +202,6 @@ bool IncrementalIteration::start()
             lookNextPass(i);
         }
     }
-    VormOperImm::instance().setAddressReader(this);
     m_installed = true;
     return true;
 }
@@ -315,7 +309,7 @@ void IncrementalIteration::evaluate(std::uint32_t index, bool& force, bool& anyC
     EncodingFailInfo failInfo;
     bool changed = false;
     ++m_evaluations;
-    if (!slot.grouping->chooseEncoder(force, m_labels, changed, failInfo))
+    if (!slot.grouping->chooseEncoder(force, m_labels, m_installed ? this : nullptr, changed, failInfo))
         m_hooks.noMatchingFormat(failInfo);
     if (changed) {
         anyChanged = true;
@@ -480,10 +474,7 @@ void IncrementalIteration::endPass()
 
 void IncrementalIteration::settle()
 {
-    if (m_installed) {
-        VormOperImm::instance().setAddressReader(nullptr);
-        m_installed = false;
-    }
+    m_installed = false;
     VormAddress address{0, 0};
     for (const auto& grouping : m_groupings) {
         grouping->setAddress(address);

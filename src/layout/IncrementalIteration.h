@@ -1,6 +1,6 @@
 #pragma once
 
-#include "encoding/AddressReader.h"
+#include "model/AddressReader.h"
 #include "layout/AddressChain.h"
 #include "layout/IndexSet.h"
 #include "layout/SizeIteration.h"
@@ -134,6 +134,7 @@ private:
     std::uint32_t m_alignment = 1; // the largest in the section
     std::size_t m_undone = 0;
     std::uint64_t m_evaluations = 0;
+    // From start() to settle() format choice reads line addresses from this iteration.
     bool m_installed = false;
 };
 

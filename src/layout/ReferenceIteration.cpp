@@ -24,7 +24,7 @@ void ReferenceIteration::pass(bool& force, bool& anyChanged, bool& allDone)
         EncodingFailInfo failInfo;
         bool changed = false;
         ++m_evaluations;
-        if (!grouping.chooseEncoder(force, m_labels, changed, failInfo))
+        if (!grouping.chooseEncoder(force, m_labels, nullptr, changed, failInfo))
             m_hooks.noMatchingFormat(failInfo);
         if (changed) {
             anyChanged = true;

@@ -10,9 +10,6 @@ namespace vorp {
 
 namespace {
 
-// Numbers the elimination blocks of guarded records over the whole run.
-unsigned p_ccTopCounter = 0;
-
 // The timing sections are not loaded: no flags, plain data.
 VormSection* addTimingSection(VormAssembler& assembler, const char* name)
 {
@@ -161,7 +158,7 @@ void ZebInfo::encodeMarker(VormAssembler& assembler, const std::vector<ZebMarker
 void ZebInfo::beginRecord(DataWriter& writer, const VormLabel* location, const VormLabel* guard)
 {
     if (guard)
-        writer.emitCCTop(genCCTopLabel(location->getName()), guard->getName());
+        writer.emitCCTop(genCCTopLabel(writer.getAssembler(), location->getName()), guard->getName());
 }
 
 void ZebInfo::endRecord(DataWriter& writer, const VormLabel* guard)
@@ -170,9 +167,9 @@ void ZebInfo::endRecord(DataWriter& writer, const VormLabel* guard)
         writer.emitCCBottom();
 }
 
-std::string ZebInfo::genCCTopLabel(const std::string& name)
+std::string ZebInfo::genCCTopLabel(VormAssembler& assembler, const std::string& name)
 {
-    return name + ".zeb." + std::to_string(p_ccTopCounter++);
+    return name + ".zeb." + std::to_string(assembler.nameCounters().zebRecords++);
 }
 
 } // namespace vorp

@@ -98,7 +98,7 @@ private:
     static void beginRecord(DataWriter& writer, const VormLabel* location, const VormLabel* guard);
     static void endRecord(DataWriter& writer, const VormLabel* guard);
     // "<name>.zeb.<n>", numbered over the whole run.
-    static std::string genCCTopLabel(const std::string& name);
+    static std::string genCCTopLabel(VormAssembler& assembler, const std::string& name);
 };
 
 } // namespace vorp

@@ -3,7 +3,6 @@
 #include "diag/ErrorHandler.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
-#include "frontend/VormExprEval.h"
 #include "model/VormAlignDirectiveLine.h"
 #include "model/VormAsciiLine.h"
 #include "model/VormCCDirectiveLine.h"
@@ -21,10 +20,9 @@
 namespace vorp {
 
 VormAssembler::VormAssembler(AssemblerOptions options, TelkUtils* utils, VorpErrorHandler* errorHandler)
-    : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler),
+    : m_labels(errorHandler), m_errorHandler(errorHandler), m_linkerExps(errorHandler, m_idStrings),
       m_arch(options.arch), m_utils(utils), m_options(std::move(options))
 {
-    VormExprEval::instance().setErrorHandler(errorHandler);
     switch (m_arch) {
     case TL3B:
         m_instructionTable.build(m_encoders, m_archEncoders);
@@ -134,6 +132,7 @@ void VormAssembler::addLine(VormSection* section, VormLine* line)
 
 void VormAssembler::addLine(VormSection* section, LinePosition position, VormLine* line)
 {
+    line->setId(m_nameCounters.lines++);
     line->setSection(section);
     section->getLines().insert(position, line);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "diag/IdStrings.h"
 #include "diag/Location.h"
 #include "elf/ElfHandler.h"
 #include "isa/Tl3bInstructionTable.h"
@@ -9,6 +10,7 @@
 #include "model/VormLabels.h"
 #include "vorp/RunStatistics.h"
 #include "model/VormLinkerExps.h"
+#include "model/NameCounters.h"
 #include "model/VormSection.h"
 
 #include <cstdint>
@@ -49,6 +51,7 @@ public:
     VormAssembler& operator=(const VormAssembler&) = delete;
     virtual ~VormAssembler();
 
+    IdStrings& getIdStrings() { return m_idStrings; }
     VormLabels& getLabels() { return m_labels; }
     VormLinkerExps& getLinkerExps() { return m_linkerExps; }
     Arch getArch() const { return m_arch; }
@@ -121,11 +124,14 @@ public:
     const Encoder* findEncoder(const char* name, Syntax syntax) const;
     RunStatistics& statistics() { return m_statistics; }
     const RunStatistics& statistics() const { return m_statistics; }
+    NameCounters& nameCounters() { return m_nameCounters; }
 
     // Every section as text, on standard error.
     void dump() const;
 
 private:
+    // The texts of every token and record: first, so that it outlives all that points into it.
+    IdStrings m_idStrings;
     // Lines point into the encoders, so these outlive the sections.
     Tl3bInstructionTable m_instructionTable;
     EncoderMap m_encoders;
@@ -142,6 +148,7 @@ private:
     std::map<std::string, std::vector<std::string>> m_sectionGroups;
     AssemblerOptions m_options;
     RunStatistics m_statistics;
+    NameCounters m_nameCounters;
 };
 
 } // namespace vorp

@@ -79,7 +79,7 @@ void VormDataLine::init(VormAssembler& assembler)
     m_labels.assign(m_operands.size(), nullptr);
     VormLabel* currentLabel = nullptr;
     for (unsigned i = 0; i < m_operands.size(); ++i) {
-        m_operands[i] = ExprEval::optimise(m_operands[i]);
+        m_operands[i] = ExprEval::optimise(assembler.getIdStrings(), m_operands[i]);
         if (m_operands[i]->getOpcode() == Operand::INTEGER)
             continue;
         if (!currentLabel && ExprEval::usesCurrentLocation(m_operands[i]))
@@ -99,10 +99,10 @@ void VormDataLine::init(VormAssembler& assembler)
     std::vector<VormLabel*>().swap(m_labels);
 }
 
-void VormDataLine::expandConstants()
+void VormDataLine::expandConstants(IdStrings& strings)
 {
     for (std::size_t i = 0; i < m_values.size(); ++i) {
-        Token token = newUnsignedConstToken(m_values[i], m_location.getLine(), m_location.getFile());
+        Token token = newUnsignedConstToken(strings, m_values[i], m_location.getLine(), m_location.getFile());
         token.constantText = m_texts[i];
         auto* operand = new Operand(Operand::INTEGER);
         operand->addToken(token);
@@ -123,11 +123,11 @@ void VormDataLine::compileOperand(VormAssembler& assembler, unsigned index, Vorm
 void VormDataLine::replaceOperand(VormAssembler& assembler, unsigned num, Operand* operand)
 {
     if (m_operands.empty())
-        expandConstants();
+        expandConstants(assembler.getIdStrings());
     assert(num <= m_operands.size());
     Operand::deepFree(m_operands[num]);
     m_labels[num] = nullptr;
-    m_operands[num] = ExprEval::optimise(operand);
+    m_operands[num] = ExprEval::optimise(assembler.getIdStrings(), operand);
     if (m_operands[num]->getOpcode() == Operand::INTEGER)
         return;
     assert(!ExprEval::usesCurrentLocation(m_operands[num]));

@@ -56,7 +56,7 @@ private:
     std::uint32_t valueSize(std::uint32_t value) const;
     std::uint8_t* writeValue(std::uint8_t* out, std::uint32_t value) const;
     // Trees again for a line of constants, for an entry to be replaced.
-    void expandConstants();
+    void expandConstants(IdStrings& strings);
 
     LineLocation m_location;
     Type m_type;

@@ -9,10 +9,11 @@
 
 namespace vorp {
 
-void VormDotSameResourceDirective::initialise(VormDirectiveLine* line, VormAssembler& assembler, VorpErrorHandler&)
+void VormDotSameResourceDirective::initialise(VormDirectiveLine* line, VormAssembler& assembler,
+                                              VorpErrorHandler& errorHandler)
 {
     unsigned position = 5;
-    const int value = VormExprEval::instance().evaluateExpression(&line->getTokens(), position, line->getLocation());
+    const int value = VormExprEval(&errorHandler).evaluateExpression(&line->getTokens(), position, line->getLocation());
     VormLabels& labels = assembler.getLabels();
     VormLabel* first = labels.getOrAddRequiredLabel(line->getToken(1).text, false);
     assembler.getLinkerExps()

@@ -8,11 +8,12 @@ namespace vorp {
 
 void VormDotSkipDirective::initialise(VormDirectiveLine* line, VormAssembler&, VorpErrorHandler& errorHandler)
 {
+    const VormExprEval evaluator(&errorHandler);
     const LexTokenVector* tokens = &line->getTokens();
     const char* word = m_name.c_str();
     unsigned position = 1;
     int size = 0;
-    if (VormExprEval::instance().tryEvaluateExpression(tokens, position, size)) {
+    if (evaluator.tryEvaluateExpression(tokens, position, size)) {
         line->setNumBytes(static_cast<std::uint32_t>(size));
         if (size < 0) {
             errorHandler.vorpError(line->getLocation(), AssErrorCodes::ILLEGAL_DIRECTIVE_VALUE,
@@ -23,7 +24,7 @@ void VormDotSkipDirective::initialise(VormDirectiveLine* line, VormAssembler&, V
             return;
         const int separator = line->getToken(position++).symbol;
         int fill = 0;
-        if (position < line->numTokens() && VormExprEval::instance().tryEvaluateExpression(tokens, position, fill) &&
+        if (position < line->numTokens() && evaluator.tryEvaluateExpression(tokens, position, fill) &&
             separator == S_COMMA)
             return;
     } else {
@@ -34,15 +35,17 @@ void VormDotSkipDirective::initialise(VormDirectiveLine* line, VormAssembler&, V
                            "%s directive should be of the form 'numBytes, value'\n", word);
 }
 
-void VormDotSkipDirective::encode(Relocations&, VormDirectiveLine* line, VormAssembler&, VorpErrorHandler&)
+void VormDotSkipDirective::encode(Relocations&, VormDirectiveLine* line, VormAssembler&,
+                                  VorpErrorHandler& errorHandler)
 {
+    const VormExprEval evaluator(&errorHandler);
     const LexTokenVector* tokens = &line->getTokens();
     unsigned position = 1;
-    VormExprEval::instance().evaluateExpression(tokens, position, line->getLocation());
+    evaluator.evaluateExpression(tokens, position, line->getLocation());
     int fill = 0;
     if (position < line->numTokens()) {
         ++position;
-        fill = VormExprEval::instance().evaluateExpression(tokens, position, line->getLocation());
+        fill = evaluator.evaluateExpression(tokens, position, line->getLocation());
     }
     line->setAllBytes(static_cast<std::uint8_t>(fill & 0xFF));
 }

@@ -43,13 +43,13 @@ VormSection* VormLabel::getSection() const
     return m_targetLine ? m_targetLine->getSection() : nullptr;
 }
 
-std::uint64_t VormLabel::s_aliasGeneration = 1;
-
 VormLabel* VormLabel::getLabelFollowAliases()
 {
     if (m_symbolType != SYMBOL_ALIAS)
         return this;
-    if (m_aliasGeneration == s_aliasGeneration)
+    // Generation 0 is never current: nothing is kept outside a table.
+    const std::uint64_t generation = m_tableGeneration ? *m_tableGeneration : 0;
+    if (generation != 0 && m_aliasGeneration == generation)
         return m_aliasTarget;
     // Every label on the way resolves to the same end, so all of them keep it: long chains are
     // then walked once, not once per label.
@@ -68,7 +68,7 @@ VormLabel* VormLabel::getLabelFollowAliases()
             result = next;
             break;
         }
-        if (next->m_aliasGeneration == s_aliasGeneration) {
+        if (generation != 0 && next->m_aliasGeneration == generation) {
             result = next->m_aliasTarget;
             break;
         }
@@ -82,7 +82,7 @@ VormLabel* VormLabel::getLabelFollowAliases()
     }
     for (VormLabel* label : path) {
         label->m_aliasTarget = result;
-        label->m_aliasGeneration = s_aliasGeneration;
+        label->m_aliasGeneration = generation;
     }
     return result;
 }

@@ -58,7 +58,11 @@ public:
         aliasesChanged();
     }
     // Every change to what an alias chain resolves to must call this: resolved chains are kept.
-    static void aliasesChanged() { ++s_aliasGeneration; }
+    void aliasesChanged()
+    {
+        if (m_tableGeneration)
+            ++*m_tableGeneration;
+    }
     bool isBranchTarget() const { return m_branchTarget; }
     std::uint32_t getSymbolNumber() const { return m_symbolNumber; }
     void setSymbolNumber(std::uint32_t number) { m_symbolNumber = number; }
@@ -95,10 +99,11 @@ private:
     std::string m_typeString;
     bool m_branchTarget = false;
     VormCCDirectiveLine* m_ccBottom = nullptr;
-    // The end of the alias chain, valid while m_aliasGeneration equals the global generation.
+    // The end of the alias chain, valid while m_aliasGeneration equals the generation of the table
+    // the label is in. A label in no table keeps nothing.
     VormLabel* m_aliasTarget = nullptr;
     std::uint64_t m_aliasGeneration = 0;
-    static std::uint64_t s_aliasGeneration;
+    std::uint64_t* m_tableGeneration = nullptr;
 };
 
 } // namespace vorp

@@ -21,6 +21,7 @@ VormLabel* VormLabels::findLabel(const char* name) const
 
 VormLabel* VormLabels::append(std::unique_ptr<VormLabel> label)
 {
+    label->m_tableGeneration = &m_aliasGeneration;
     m_allLabels.push_back(std::move(label));
     return m_allLabels.back().get();
 }
@@ -89,7 +90,7 @@ VormLabel* VormLabels::addWeakLabel(const char* name)
 {
     VormLabel* label = getOrTentativelyAddLabel(name, false);
     label->m_visibility = VISIBILITY_WEAK;
-    VormLabel::aliasesChanged();
+    ++m_aliasGeneration;
     return label;
 }
 

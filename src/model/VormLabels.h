@@ -23,6 +23,8 @@ public:
     VormLabels& operator=(const VormLabels&) = delete;
     virtual ~VormLabels();
 
+    VorpErrorHandler& getErrorHandler() const { return *m_errorHandler; }
+
     VormLabel* findLabel(const char* name) const;
     // The one way a name comes into being by reference. A required reference makes a tentative
     // label required; nothing weakens a label.
@@ -78,6 +80,9 @@ private:
     VorpErrorHandler* m_errorHandler;
     bool m_labelsFinalised = false;
     int m_labelCounter = 0;
+    // Counts changes to what alias chains of this table resolve to; labels keep resolved chains
+    // of the present generation.
+    std::uint64_t m_aliasGeneration = 1;
 };
 
 } // namespace vorp

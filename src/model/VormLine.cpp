@@ -1,6 +1,6 @@
 #include "model/VormLine.h"
 
-#include "diag/ErrorHandler.h"
+#include "diag/FatalError.h"
 
 #include <algorithm>
 #include <cassert>
@@ -11,15 +11,9 @@
 
 namespace vorp {
 
-namespace {
+VormLine::VormLine(LineType type, bool schedule) : m_type(type), m_schedule(schedule) {}
 
-std::uint32_t idCounter = 0;
-
-} // namespace
-
-VormLine::VormLine(LineType type, bool schedule) : m_type(type), m_schedule(schedule), m_id(idCounter++) {}
-
-bool VormLine::chooseEncoder(bool, VormLabels&, bool& changed, EncodingFailInfo&, bool)
+bool VormLine::chooseEncoder(bool, VormLabels&, AddressReader*, bool& changed, EncodingFailInfo&, bool)
 {
     changed = false;
     return true;
@@ -58,26 +52,12 @@ void VormLine::setAddress(const VormAddress& address)
     m_address = bounded;
 }
 
-namespace {
-
-const char* p_outputFile = nullptr;
-
-} // namespace
-
-void setAddressRangeOutputFile(const char* outputFile)
-{
-    p_outputFile = outputFile;
-}
-
 void addressRangeExceeded(const char* file, unsigned line)
 {
     // The object of an earlier run must not pass for the result of this one.
-    if (p_outputFile)
-        std::remove(p_outputFile);
-    ErrorHandler handler;
-    handler.fatalError(true, "vorp: Error: %s:%u: the code and data of a section go beyond the 30-bit address range\n",
-                       file ? file : "<unknown>", line);
-    std::exit(1);
+    throw FatalError(1, true,
+                     std::string("vorp: Error: ") + (file ? file : "<unknown>") + ":" + std::to_string(line) +
+                         ": the code and data of a section go beyond the 30-bit address range\n");
 }
 
 std::uint32_t VormLine::getNumBytes() const

@@ -13,6 +13,7 @@ namespace vorp {
 struct EncodingFailInfo;
 class Relocations;
 class VormAssembler;
+class AddressReader;
 class VormLabels;
 class VormSection;
 class VorpErrorHandler;
@@ -32,8 +33,10 @@ public:
     virtual LineLocation getLocation() const = 0;
     // A target line begins a basic block.
     virtual bool isTargetLine() const { return m_branchTarget; }
-    // Only code lines have encodings to choose from.
-    virtual bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo, bool final);
+    // Only code lines have encodings to choose from. `addresses`, when not null, says where lines are
+    // while sizes are open, in place of the addresses last set on them.
+    virtual bool chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
+                               EncodingFailInfo& failInfo, bool final);
     // The line's size will not change any more.
     virtual bool isDone() const { return true; }
     // The smallest and the largest size the line can yet take at its present address.
@@ -46,7 +49,9 @@ public:
 
     LineType getType() const { return m_type; }
     bool getSchedule() const { return m_schedule; }
+    // The order in which the line joined its section among all lines of the run.
     std::uint32_t getId() const { return m_id; }
+    void setId(std::uint32_t id) { m_id = id; }
     const VormAddress& getAddress() const { return m_address; }
     // The new address must lie within the old one: ranges only narrow.
     void setAddress(const VormAddress& address);
@@ -68,16 +73,15 @@ public:
 private:
     LineType m_type;
     bool m_schedule;
-    std::uint32_t m_id;
+    std::uint32_t m_id = 0;
     VormAddress m_address;
     std::uint32_t m_layoutSlot = NO_LAYOUT_SLOT;
     VormSection* m_section = nullptr;
     bool m_branchTarget = false;
 };
 
-// Ends the run with a fatal message, after removing the output file named by
-// setAddressRangeOutputFile: a line at the given place lies, or ends, beyond MAX_ADDRESS.
+// Ends the run with a fatal message, and without the output file: a line at the given place lies,
+// or ends, beyond MAX_ADDRESS.
 [[noreturn]] void addressRangeExceeded(const char* file, unsigned line);
-void setAddressRangeOutputFile(const char* outputFile);
 
 } // namespace vorp

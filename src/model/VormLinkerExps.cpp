@@ -6,7 +6,7 @@
 
 namespace vorp {
 
-VormLinkerExps::VormLinkerExps(ErrorHandler*) {}
+VormLinkerExps::VormLinkerExps(ErrorHandler*, IdStrings& strings) : m_strings(strings) {}
 
 VormLinkerExps::Expression& VormLinkerExps::addExp(std::int32_t kind, VormLabel* label)
 {
@@ -14,6 +14,7 @@ VormLinkerExps::Expression& VormLinkerExps::addExp(std::int32_t kind, VormLabel*
     Expression& expression = *m_expressions.back();
     expression.kind = kind;
     expression.label = label;
+    expression.strings = &m_strings;
     return expression;
 }
 
@@ -41,7 +42,7 @@ VormLinkerExps::Expression& VormLinkerExps::Expression::addStrOp(const char* str
 {
     assert(numOps < 3);
     ops[numOps].type = OPERAND_STRING;
-    ops[numOps].string = string ? IdStrings::idString(string) : nullptr;
+    ops[numOps].string = string ? strings->idString(string) : nullptr;
     kind |= OPERAND_STRING << (2 * numOps);
     ++numOps;
     return *this;

@@ -7,6 +7,7 @@
 namespace vorp {
 
 class ErrorHandler;
+class IdStrings;
 class VormLabel;
 
 // The records of ".expr": small expression nodes over symbols that the linker evaluates after
@@ -53,18 +54,22 @@ public:
         VormLabel* label = nullptr;
         std::uint32_t numOps = 0;
         Operand ops[3];
+        // Where string operands are interned.
+        IdStrings* strings = nullptr;
 
         Expression& addConstOp(std::int32_t value);
         Expression& addSymOp(VormLabel* sym);
         Expression& addStrOp(const char* string);
     };
 
-    explicit VormLinkerExps(ErrorHandler* errorHandler);
+    // String operands are interned in `strings`.
+    VormLinkerExps(ErrorHandler* errorHandler, IdStrings& strings);
 
     Expression& addExp(std::int32_t kind, VormLabel* label);
     const std::vector<std::unique_ptr<Expression>>& getExpressions() const { return m_expressions; }
 
 private:
+    IdStrings& m_strings;
     std::vector<std::unique_ptr<Expression>> m_expressions;
 };
 

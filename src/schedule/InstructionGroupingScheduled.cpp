@@ -51,7 +51,7 @@ InstructionGroupingScheduled::InstructionGroupingScheduled(const VormBasicBlock&
         m_fixedSize += m_graph.getNode(i)->getLine()->getNumBytes();
 }
 
-bool InstructionGroupingScheduled::chooseEncoder(bool, VormLabels&, bool& changed, EncodingFailInfo&)
+bool InstructionGroupingScheduled::chooseEncoder(bool, VormLabels&, AddressReader*, bool& changed, EncodingFailInfo&)
 {
     changed = false;
     return true;

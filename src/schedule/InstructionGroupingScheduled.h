@@ -37,7 +37,8 @@ public:
     void setAddress(const VormAddress& address) override { m_address = address; }
     VormAddress getNextAddress() const override;
     bool isDone() const override { return true; }
-    bool chooseEncoder(bool force, VormLabels& labels, bool& changed, EncodingFailInfo& failInfo) override;
+    bool chooseEncoder(bool force, VormLabels& labels, AddressReader* addresses, bool& changed,
+                       EncodingFailInfo& failInfo) override;
     void commit() override;
 
     // The order for a start at a word boundary (aligned) or half way into a word.

@@ -34,13 +34,14 @@ public:
           assembler(run.getAssembler())
     {
         testing::internal::CaptureStderr();
-        m_tokeniser.lexInit({}, &errors);
-        m_tokeniser.addInput("a.S", "a.S", text);
-        m_tokeniser.startScanning();
+        VorpTokeniser tokeniser(assembler.getIdStrings());
+        tokeniser.lexInit({}, &errors);
+        tokeniser.addInput("a.S", "a.S", text);
+        tokeniser.startScanning();
         AsmWriter writer(run, errors, false);
         m_section = assembler.addSection(".text", "ax", "progbits", 0, "", false);
         writer.setCurrentSection(m_section);
-        VorpParser(m_tokeniser, errors, writer).parse();
+        VorpParser(tokeniser, errors, writer).parse();
         diagnostics = testing::internal::GetCapturedStderr();
     }
 
@@ -129,7 +130,6 @@ private:
     std::string m_output = testing::TempDir() + "parsed_source_test.o";
     ErrorHandler m_plainErrors;
     TelkUtils m_utils;
-    VorpTokeniser m_tokeniser;
     std::map<const VormLabel*, int> m_nameless;
     VormSection* m_section = nullptr;
 

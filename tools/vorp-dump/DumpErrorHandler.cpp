@@ -4,10 +4,7 @@
 
 namespace vorp {
 
-DumpErrorHandler::DumpErrorHandler()
-{
-    setExitOnError(false);
-}
+DumpErrorHandler::DumpErrorHandler() = default;
 
 DumpErrorHandler::~DumpErrorHandler() = default;
 

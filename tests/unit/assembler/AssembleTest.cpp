@@ -102,5 +102,29 @@ TEST(AssembleTest, ListingAndStreamedDiagnostics)
     EXPECT_NE(listed.listing.find("value"), std::string::npos) << listed.listing;
 }
 
+TEST(AssembleTest, AFatalErrorEndsTheRunNotTheCaller)
+{
+    // Each branch's short form waits on the other's: two passes at least.
+    const char* text = "a:\n\tbu b\n\t.skip 60\nb:\n\tbu a\n";
+    AssemblerOptions limited = named("f.S");
+    limited.maxEncodingPasses = 1;
+    const AssembleResult stopped = assemble(limited, text);
+    EXPECT_EQ(stopped.status, 1);
+    EXPECT_TRUE(stopped.object.empty());
+    EXPECT_EQ(stopped.diagnostics, "vorp: Error: unable to resolve encoder choice after 1 loops\n");
+    EXPECT_FALSE(stopped.removesEarlierOutput);
+    EXPECT_EQ(stopped.statistics.formatPasses.size(), 1u);
+
+    // The process goes on, and so do later runs.
+    const AssembleResult next = assemble(named("f.S"), text);
+    EXPECT_EQ(next.status, 0) << next.diagnostics;
+    EXPECT_FALSE(next.object.empty());
+
+    const AssembleResult beyond = assemble(named("r.S"), "\t.skip 0x40000000\n\tnop\n");
+    EXPECT_EQ(beyond.status, 1);
+    EXPECT_TRUE(beyond.removesEarlierOutput);
+    EXPECT_NE(beyond.diagnostics.find("30-bit address range"), std::string::npos) << beyond.diagnostics;
+}
+
 } // namespace
 } // namespace vorp

@@ -1,4 +1,5 @@
 #include "diag/CatchableErrorHandler.h"
+#include "diag/FatalError.h"
 #include "diag/VorpErrorHandler.h"
 
 #include <gtest/gtest.h>
@@ -65,11 +66,18 @@ TEST(ErrorHandlerTest, FatalErrorWithoutExitPrintsAndCopiesToStdoutOnRequest)
     EXPECT_EQ(GetCapturedStderr(), "first\n2\n");
 }
 
-TEST(ErrorHandlerDeathTest, FatalErrorWithExitEndsWithStatusOne)
+TEST(ErrorHandlerTest, FatalErrorWithExitPrintsThenThrowsStatusOne)
 {
     ErrorHandler handler;
-    EXPECT_EXIT(handler.fatalError(true, "vorp: no output file specified for '%s' flag\n", "-o"),
-                testing::ExitedWithCode(1), "vorp: no output file specified for '-o' flag");
+    CaptureStderr();
+    try {
+        handler.fatalError(true, "vorp: no output file specified for '%s' flag\n", "-o");
+        ADD_FAILURE() << "no exception";
+    } catch (const FatalError& error) {
+        EXPECT_EQ(error.status(), 1);
+        EXPECT_FALSE(error.discardsOutput());
+    }
+    EXPECT_EQ(GetCapturedStderr(), "vorp: no output file specified for '-o' flag\n");
 }
 
 TEST(ErrorHandlerTest, TracesPrintOnlyWhenTheirKindIsOn)

@@ -1,4 +1,5 @@
 #include "diag/ErrorHandler.h"
+#include "diag/FatalError.h"
 #include "elf/ElfBlock.h"
 #include "elf/ElfGroup.h"
 #include "elf/ElfHandler.h"
@@ -222,7 +223,6 @@ TEST(ElfHandlerTest, ReadsBackWhatItWroteAndWritesItAgainUnchanged)
 TEST(ElfHandlerTest, EmptyFilesSegmentsAndTheEntryPoint)
 {
     ErrorHandler handler;
-    handler.setExitOnError(false);
     const std::string path = tempPath("empty.o");
     {
         ElfHandler elf(&handler, ElfHandler::ET_REL);
@@ -376,8 +376,7 @@ TEST(ElfHandlerTest, DisplaysASmallModel)
 
 TEST(ElfHandlerTest, ReportsFilesItCannotLoad)
 {
-    ErrorHandler handler;
-    handler.setExitOnError(false);
+    ReportingErrorHandler handler;
     const std::string missing = tempPath("does-not-exist.o");
     CaptureStderr();
     {
@@ -417,6 +416,13 @@ TEST(ElfHandlerTest, ReportsFilesItCannotLoad)
     bad = good;
     bad[4] = 2; // 64-bit
     EXPECT_EQ(loadMessages(bad), "ERROR: Only 32-bit little-endian elf files are supported\n");
+
+    // With the assembler's handler the first problem ends the run: it is printed, then thrown.
+    ErrorHandler ending;
+    std::istringstream in(std::string(good.begin(), good.begin() + 600));
+    CaptureStderr();
+    EXPECT_THROW(ElfHandler(&ending, in), FatalError);
+    EXPECT_EQ(GetCapturedStderr(), "ERROR: Elf file is truncated in section 9\n");
     std::remove(path.c_str());
 }
 

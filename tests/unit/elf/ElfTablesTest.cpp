@@ -64,8 +64,7 @@ TEST(ElfStringsTest, PoolsOnlyIdenticalNamesAndKeepsOffsets)
 
 TEST(ElfStringsTest, LoadsATableAndReportsAMissingTerminator)
 {
-    ErrorHandler handler;
-    handler.setExitOnError(false);
+    ReportingErrorHandler handler;
     ElfSectionHeader header(1, 0, ElfHandler::SHT_STRTAB, 0, 0, 11, 0, 0, 1, 0);
     std::istringstream in(std::string("\0ab\0\0cd\0xyz", 11));
     CaptureStderr();
@@ -90,8 +89,7 @@ TEST(ElfStringsTest, LoadsATableAndReportsAMissingTerminator)
 
 TEST(ElfSymbolTableTest, LooksUpByNameNumberAndBinding)
 {
-    ErrorHandler handler;
-    handler.setExitOnError(false);
+    ReportingErrorHandler handler;
     ElfHandler elf(&handler, ElfHandler::ET_REL);
     ElfSymbolTable* table = elf.getSymbolTable();
     elf.addProgbitsSection(0, 0, new unsigned char[0], ".text", 0, 1, 0);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "diag/ErrorHandler.h"
+
+#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -12,6 +15,20 @@
 #include <unistd.h>
 
 namespace vorp::elftest {
+
+// Reports every error, as the object inspector's handler does, and never ends the run: the reader
+// goes on after each problem it finds.
+class ReportingErrorHandler : public ErrorHandler {
+public:
+    void fatalError(bool, const char* format, ...) override __attribute__((format(printf, 3, 4)))
+    {
+        va_list args;
+        va_start(args, format);
+        std::vfprintf(stderr, format, args);
+        va_end(args);
+    }
+    void fatalVError(bool, const char* format, va_list args) override { std::vfprintf(stderr, format, args); }
+};
 
 inline std::string tempPath(const char* name)
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "diag/ErrorHandler.h"
+#include "diag/FatalError.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "model/Relocations.h"
@@ -22,16 +23,34 @@
 namespace vorp::encoding_test {
 
 // The result of assembling a text into ".text": the bytes as hex pairs ("1B 10 "), the
-// relocations ("type@address:symbol+addend ") and whatever went to standard error.
+// relocations ("type@address:symbol+addend ") and whatever went to standard error; `fatal` when
+// an error ended the run.
 struct Assembled {
     std::string bytes;
     std::string relocations;
     std::string messages;
+    bool fatal = false;
 };
 
-// Runs the format passes, then encodes every line of ".text". Death tests keep standard error to
-// themselves: pass capture false there.
-inline Assembled assemble(const std::string& text, bool capture = true, std::uint32_t maxPasses = 4000)
+inline void assembleInto(Assembled& result, const std::string& text, std::uint32_t maxPasses);
+
+// Runs the format passes, then encodes every line of ".text".
+inline Assembled assemble(const std::string& text, std::uint32_t maxPasses = 4000)
+{
+    Assembled result;
+    testing::internal::CaptureStderr();
+    try {
+        assembleInto(result, text, maxPasses);
+    } catch (const FatalError& error) {
+        EXPECT_EQ(error.status(), 1);
+        std::fputs(error.message().c_str(), stderr);
+        result.fatal = true;
+    }
+    result.messages = testing::internal::GetCapturedStderr();
+    return result;
+}
+
+inline void assembleInto(Assembled& result, const std::string& text, std::uint32_t maxPasses)
 {
     ErrorHandler plain;
     TelkUtils utils{&plain};
@@ -40,21 +59,15 @@ inline Assembled assemble(const std::string& text, bool capture = true, std::uin
     AssemblerRun run(AssemblerOptions{.sourcePath = "a.S", .outputFile = output, .maxEncodingPasses = maxPasses}, &utils,
                      &errors);
     VormAssembler& assembler = run.getAssembler();
-    Assembled result;
-    if (capture)
-        testing::internal::CaptureStderr();
-    VorpTokeniser tokeniser;
+    VorpTokeniser tokeniser(assembler.getIdStrings());
     tokeniser.lexInit({}, &errors);
     tokeniser.addInput("a.S", "a.S", text);
     tokeniser.startScanning();
     AsmWriter writer(run, errors, false);
     writer.setCurrentSection(assembler.addSection(".text", "ax", "progbits", 0, "", false));
     VorpParser(tokeniser, errors, writer).parse();
-    const bool ok = run.runPasses();
-    if (capture)
-        result.messages = testing::internal::GetCapturedStderr();
-    if (!ok)
-        return result;
+    if (!run.runPasses())
+        return;
     VormSection* section = assembler.findSection(".text");
     std::vector<std::uint8_t> buffer(section->getSize());
     for (VormLine* line : section->getLines())
@@ -71,7 +84,6 @@ inline Assembled assemble(const std::string& text, bool capture = true, std::uin
                               relocations.relocationEntrySym(i)->getName() + "+" +
                               std::to_string(relocations.relocationEntryAddEnd(i)) + " ";
     }
-    return result;
 }
 
 // The bytes of a text that must assemble without a message.
@@ -79,6 +91,7 @@ inline std::string bytesOf(const std::string& text)
 {
     const Assembled result = assemble(text);
     EXPECT_EQ(result.messages, "") << text;
+    EXPECT_FALSE(result.fatal) << text;
     return result.bytes;
 }
 

@@ -1,4 +1,5 @@
 #include "ExprTestSupport.h"
+#include "diag/IdStrings.h"
 #include "diag/VorpErrorHandler.h"
 #include "frontend/ExprEval.h"
 #include "frontend/VormExprEval.h"
@@ -13,12 +14,19 @@
 namespace vorp {
 namespace {
 
+// The texts of the trees parsed here, which outlive the tokens they were parsed from.
+IdStrings& texts()
+{
+    static IdStrings table;
+    return table;
+}
+
 // The tokens of one line of text, as a stored token line hands them out.
 class Tokens {
 public:
     explicit Tokens(const std::string& text)
     {
-        VorpTokeniser tokeniser;
+        VorpTokeniser tokeniser(texts());
         tokeniser.lexInit({}, &m_errors);
         tokeniser.addInput("e.S", "e.S", text + "\n");
         tokeniser.startScanning();
@@ -39,7 +47,7 @@ std::unique_ptr<Operand> parse(const std::string& text)
 {
     Tokens tokens(text);
     unsigned position = 0;
-    std::unique_ptr<Operand> tree(VormExprParse::instance().parseExpression(tokens.get(), position));
+    std::unique_ptr<Operand> tree(VormExprParse().parseExpression(tokens.get(), position));
     EXPECT_EQ(position, tokens.get()->size()) << text;
     return tree;
 }
@@ -111,16 +119,17 @@ TEST(ExprEvalTest, ParsingStopsAtTheFirstTokenThatCannotContinue)
 {
     Tokens tokens("sp [ 4 + x ] , 3");
     unsigned position = 2;
-    std::unique_ptr<Operand> tree(VormExprParse::instance().parseExpression(tokens.get(), position));
+    std::unique_ptr<Operand> tree(VormExprParse().parseExpression(tokens.get(), position));
     EXPECT_EQ(test::shape(tree.get()), "(ADD 4 x)");
     EXPECT_EQ(position, 5u);
 
     int result = 0;
     unsigned at = 2;
-    EXPECT_FALSE(VormExprEval::instance().tryEvaluateExpression(tokens.get(), at, result));
+    const VormExprEval evaluator;
+    EXPECT_FALSE(evaluator.tryEvaluateExpression(tokens.get(), at, result));
     EXPECT_EQ(at, 2u);
     at = 7;
-    EXPECT_TRUE(VormExprEval::instance().tryEvaluateExpression(tokens.get(), at, result));
+    EXPECT_TRUE(evaluator.tryEvaluateExpression(tokens.get(), at, result));
     EXPECT_EQ(result, 3);
     EXPECT_EQ(at, 8u);
 }
@@ -128,31 +137,30 @@ TEST(ExprEvalTest, ParsingStopsAtTheFirstTokenThatCannotContinue)
 TEST(ExprEvalTest, EvaluateExpressionReportsWhatIsNotConstant)
 {
     VorpErrorHandler errors;
-    VormExprEval::instance().setErrorHandler(&errors);
+    const VormExprEval evaluator(&errors);
     Tokens tokens("x + 1");
     unsigned position = 0;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(VormExprEval::instance().evaluateExpression(tokens.get(), position, LineLocation("a.S", 7)), 0);
+    EXPECT_EQ(evaluator.evaluateExpression(tokens.get(), position, LineLocation("a.S", 7)), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "a.S:7: Error: A00008 expression is not a constant expression\n");
     EXPECT_EQ(position, 3u);
     EXPECT_FALSE(errors.getMakeBinary());
-    VormExprEval::instance().setErrorHandler(nullptr);
 }
 
 TEST(ExprEvalTest, OptimiseFoldsConstantSubtrees)
 {
     auto optimised = [](const std::string& text) {
-        std::unique_ptr<Operand> tree(ExprEval::optimise(parse(text).release()));
+        std::unique_ptr<Operand> tree(ExprEval::optimise(texts(), parse(text).release()));
         return test::shape(tree.get());
     };
     EXPECT_EQ(optimised("(1 + 2) * x"), "(MULTIPLY 3 x)");
     EXPECT_EQ(optimised("(x) + (2 << 3)"), "(ADD (PAREN x) 16)");
-    std::unique_ptr<Operand> folded(ExprEval::optimise(parse("'a'").release()));
+    std::unique_ptr<Operand> folded(ExprEval::optimise(texts(), parse("'a'").release()));
     EXPECT_EQ(folded->getToken(0).symbol, S_INTVAL);
     EXPECT_STREQ(folded->getToken(0).constantText, "97");
     EXPECT_STREQ(folded->getToken(0).file, "<unknown>");
     EXPECT_EQ(folded->getToken(0).line, 0);
-    std::unique_ptr<Operand> kept(ExprEval::optimise(parse("0 ? 1 $: y").release()));
+    std::unique_ptr<Operand> kept(ExprEval::optimise(texts(), parse("0 ? 1 $: y").release()));
     EXPECT_EQ(test::shape(kept.get()), "(CONDITIONAL 0 1 y)");
 }
 

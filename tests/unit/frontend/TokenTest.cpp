@@ -13,6 +13,7 @@ namespace {
 
 TEST(TokenTest, PrintableTextOfEachKind)
 {
+    IdStrings strings;
     const struct { int symbol; const char* spelling; } punctuation[] = {
         {S_LPAREN, "("},  {S_RPAREN, ")"},     {S_LBRACE, "["},  {S_RBRACE, "]"},    {S_SEMICOLON, ";"},
         {S_COMMA, ","},   {S_COLON, ":"},      {S_LTHAN, "<"},   {S_GTHAN, ">"},     {S_LTHANEQ, "<="},
@@ -22,25 +23,25 @@ TEST(TokenTest, PrintableTextOfEachKind)
         {S_TILDE, "~"},
     };
     for (const auto& p : punctuation) {
-        const Token token = newToken(p.symbol, nullptr, 1, "a.S");
+        const Token token = newToken(strings, p.symbol, nullptr, 1, "a.S");
         EXPECT_STREQ(tokenCharStar(&token), p.spelling) << p.symbol;
     }
 
     const Token null;
     EXPECT_STREQ(tokenCharStar(&null), "NULL");
-    const Token name = newToken(S_NAME, "lab", 3, "a.S");
+    const Token name = newToken(strings, S_NAME, "lab", 3, "a.S");
     EXPECT_STREQ(tokenCharStar(&name), "lab");
-    const Token directive = newToken(S_D_CFI_RESTORE, ".cfi_restore", 3, "a.S");
+    const Token directive = newToken(strings, S_D_CFI_RESTORE, ".cfi_restore", 3, "a.S");
     EXPECT_STREQ(tokenCharStar(&directive), ".cfi_restore");
-    Token number = newUnsignedConstToken(17, 3, "a.S");
-    number.constantText = IdStrings::idString("0x11"); // numbers print as written
+    Token number = newUnsignedConstToken(strings, 17, 3, "a.S");
+    number.constantText = strings.idString("0x11"); // numbers print as written
     EXPECT_STREQ(tokenCharStar(&number), "0x11");
 
     std::unique_ptr<FILE, int (*)(FILE*)> out(std::tmpfile(), std::fclose);
     ASSERT_NE(out, nullptr);
     fPrintToken(out.get(), &name);
     fPrintToken(out.get(), &number);
-    const Token shift = newToken(S_MLTHAN, nullptr, 1, "a.S");
+    const Token shift = newToken(strings, S_MLTHAN, nullptr, 1, "a.S");
     fPrintToken(out.get(), &shift);
     std::rewind(out.get());
     char buffer[32] = {};
@@ -50,26 +51,27 @@ TEST(TokenTest, PrintableTextOfEachKind)
 
 TEST(TokenTest, TokensBuiltOutsideTheScanner)
 {
-    const char* file = IdStrings::idString("a.S");
-    const Token big = newUnsignedConstToken(4294967295u, 7, file);
+    IdStrings strings;
+    const char* file = strings.idString("a.S");
+    const Token big = newUnsignedConstToken(strings, 4294967295u, 7, file);
     EXPECT_EQ(big.symbol, S_INTVAL);
     EXPECT_EQ(big.constantValue, 4294967295u);
-    EXPECT_EQ(big.text, IdStrings::idString("4294967295"));
+    EXPECT_EQ(big.text, strings.idString("4294967295"));
     EXPECT_EQ(big.constantText, big.text);
     EXPECT_EQ(big.line, 7);
     EXPECT_EQ(big.file, file);
-    EXPECT_STREQ(newUnsignedConstToken(0, 1, file).constantText, "0");
+    EXPECT_STREQ(newUnsignedConstToken(strings, 0, 1, file).constantText, "0");
 
     char source[] = "hi";
-    const Token string = newToken(S_STVAL, source, 2, file);
+    const Token string = newToken(strings, S_STVAL, source, 2, file);
     source[0] = 'X'; // the token holds an interned copy
     EXPECT_STREQ(string.text, "hi");
-    EXPECT_EQ(string.text, IdStrings::idString("hi"));
+    EXPECT_EQ(string.text, strings.idString("hi"));
     EXPECT_STREQ(string.stringData, "hi");
     EXPECT_EQ(string.stringLength, 3u);
     EXPECT_EQ(string.line, 2);
 
-    const Token bare = newToken(S_NAME, nullptr, 4, file);
+    const Token bare = newToken(strings, S_NAME, nullptr, 4, file);
     EXPECT_EQ(bare.text, nullptr);
     EXPECT_EQ(bare.stringData, nullptr);
     EXPECT_EQ(bare.stringLength, 0u);
@@ -83,9 +85,10 @@ TEST(TokenTest, TokensBuiltOutsideTheScanner)
 
 TEST(TokenDeathTest, MisuseIsAnInternalError)
 {
-    const Token newline = newToken(S_NEWLINE, nullptr, 1, "a.S");
+    IdStrings strings;
+    const Token newline = newToken(strings, S_NEWLINE, nullptr, 1, "a.S");
     EXPECT_DEATH(tokenCharStar(&newline), "unexpected token");
-    EXPECT_DEATH(newToken(S_INTVAL, "1", 1, "a.S"), "sym != 260");
+    EXPECT_DEATH(newToken(strings, S_INTVAL, "1", 1, "a.S"), "sym != 260");
 }
 
 } // namespace

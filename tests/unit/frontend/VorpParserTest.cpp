@@ -1,4 +1,5 @@
 #include "ExprTestSupport.h"
+#include "diag/IdStrings.h"
 #include "diag/VorpErrorHandler.h"
 #include "frontend/VorpParser.h"
 #include "frontend/VorpTokeniser.h"
@@ -82,7 +83,8 @@ private:
 std::string run(const std::string& text, bool* madeBinary = nullptr)
 {
     VorpErrorHandler errors;
-    VorpTokeniser tokeniser;
+    IdStrings strings;
+    VorpTokeniser tokeniser(strings);
     RecordingActions actions;
     CaptureStderr();
     tokeniser.lexInit({}, &errors);

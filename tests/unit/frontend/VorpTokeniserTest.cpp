@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,8 @@ using Kinds = std::vector<int>;
 using Texts = std::vector<std::string>;
 
 struct Scan {
+    // The texts of the tokens: shared, so that a scan can be returned.
+    std::shared_ptr<IdStrings> strings = std::make_shared<IdStrings>();
     std::vector<Token> tokens;
     std::string messages;
     bool errorFree = true;
@@ -31,8 +34,8 @@ struct Scan {
 Scan scanInputs(const std::vector<std::pair<const char*, std::string>>& inputs)
 {
     VorpErrorHandler handler;
-    VorpTokeniser tokeniser;
     Scan result;
+    VorpTokeniser tokeniser(*result.strings);
     testing::internal::CaptureStderr();
     tokeniser.lexInit({}, &handler);
     for (const auto& [name, text] : inputs)
@@ -236,7 +239,7 @@ TEST(VorpTokeniserTest, StringsJoinOnlyWhenAdjacent)
     EXPECT_EQ(s.messages, "");
     s = scan(R"(x "a\0b")" "\n");
     EXPECT_EQ(s[1].symbol, S_STVAL);
-    EXPECT_EQ(s[1].text, IdStrings::idString("a"));
+    EXPECT_EQ(s[1].text, s.strings->idString("a"));
     ASSERT_EQ(s[1].stringLength, 4u);
     EXPECT_EQ(std::string(s[1].stringData, 4), "a\0b\0"s);
     const std::string longText(300, 'q');
@@ -279,7 +282,7 @@ TEST(VorpTokeniserTest, CommentsAndLineMarkers)
     Scan s = scan("foo\n# 7 \"x.c\"\nbar\n");
     EXPECT_EQ(kinds(s), (Kinds{S_NAME, S_NEWLINE, S_NEWLINE, S_NAME, S_NEWLINE, S_ENDSTREAM}));
     EXPECT_EQ(places(s), (Texts{"a.S:1", "a.S:1", "x.c:6", "x.c:7", "x.c:7", "x.c:8"}));
-    EXPECT_EQ(s[0].file, IdStrings::idString("a.S")); // read before the marker: keeps the old name
+    EXPECT_EQ(s[0].file, s.strings->idString("a.S")); // read before the marker: keeps the old name
     EXPECT_EQ(s.messages, "");
     const struct { const char* text; const char* barAt; } cases[] = {
         {"#7\nbar\n", "a.S:7"},
@@ -383,9 +386,10 @@ TEST(VorpTokeniserTest, InputsWithoutAFinalLineFeed)
     EXPECT_EQ(s.messages, warning("b.S:4", "no new line before end of file"));
     EXPECT_EQ(kinds(s), (Kinds{S_NAME, S_NEWLINE, S_NAME, S_NEWLINE, S_NAME, S_NEWLINE, S_ENDSTREAM}));
     EXPECT_EQ(places(s), (Texts{"a.S:1", "a.S:1", "a.S:2", "a.S:2", "b.S:1", "b.S:1", "b.S:2"}));
-    EXPECT_EQ(s[4].file, IdStrings::idString("b.S"));
+    EXPECT_EQ(s[4].file, s.strings->idString("b.S"));
     VorpErrorHandler handler;
-    VorpTokeniser tokeniser;
+    IdStrings strings;
+    VorpTokeniser tokeniser(strings);
     tokeniser.lexInit({}, &handler);
     tokeniser.addInput("a.S", "a.S", "");
     tokeniser.startScanning();
@@ -404,7 +408,8 @@ TEST(VorpTokeniserTest, LexInitReadsFilesAndReportsFailures)
     const std::string noNewline = warning(good + ":3", "no new line before end of file");
     {
         VorpErrorHandler handler;
-        VorpTokeniser tokeniser;
+        IdStrings strings;
+        VorpTokeniser tokeniser(strings);
         testing::internal::CaptureStderr();
         EXPECT_TRUE(tokeniser.lexInit({good.c_str(), folder.c_str()}, &handler));
         EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -414,12 +419,13 @@ TEST(VorpTokeniserTest, LexInitReadsFilesAndReportsFailures)
             const Token token = tokeniser.scanToken();
             const std::string shown = token.symbol == S_NEWLINE ? "\n" : token.text;
             EXPECT_EQ(shown + ":" + std::to_string(token.line), expected);
-            EXPECT_EQ(token.file, IdStrings::idString(good.c_str()));
+            EXPECT_EQ(token.file, strings.idString(good.c_str()));
         }
     }
     {
         VorpErrorHandler handler;
-        VorpTokeniser tokeniser;
+        IdStrings strings;
+        VorpTokeniser tokeniser(strings);
         testing::internal::CaptureStderr();
         EXPECT_FALSE(tokeniser.lexInit({good.c_str(), missing.c_str()}, &handler));
         EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -431,10 +437,11 @@ TEST(VorpTokeniserTest, LexInitReadsFilesAndReportsFailures)
 
 TEST(VorpTokeniserTest, RegistersAreLowerCaseNames)
 {
+    IdStrings strings;
     const char* names[] = {"r0", "r1", "r2", "r3", "r4", "r5", "r6", "r7",
                            "r8", "r9", "r10", "r11", "cp", "dp", "sp", "lr"};
     for (int i = 0; i < 16; ++i) {
-        const Token token = newToken(S_NAME, names[i], 1, "a.S");
+        const Token token = newToken(strings, S_NAME, names[i], 1, "a.S");
         int number = -1;
         EXPECT_TRUE(VorpTokeniser::getRegisterNum(token, number) && VorpTokeniser::isRegister(token)) << names[i];
         EXPECT_EQ(number, i);
@@ -445,7 +452,7 @@ TEST(VorpTokeniserTest, RegistersAreLowerCaseNames)
         EXPECT_FALSE(VorpTokeniser::isRegister(s[i])) << s[i].text;
     for (int symbol : {S_AT_NAME, S_STVAL, S_D_WORD, S_CHVAL}) {
         int number = -1;
-        EXPECT_FALSE(VorpTokeniser::getRegisterNum(newToken(symbol, "sp", 1, "a.S"), number)) << symbol;
+        EXPECT_FALSE(VorpTokeniser::getRegisterNum(newToken(strings, symbol, "sp", 1, "a.S"), number)) << symbol;
         EXPECT_EQ(number, -1);
     }
 }

@@ -3,9 +3,10 @@
 // Runs vorp's whole pipeline in a child process, once with the plain size iteration and once with
 // the incremental one, and keeps what each left behind: exit status, standard error, the object,
 // and after every pass of every section a digest of every grouping's state. A child, because a
-// failing run ends the process.
+// run changes the working folder and standard error.
 
 #include "diag/ErrorHandler.h"
+#include "diag/FatalError.h"
 #include "diag/TelkUtils.h"
 #include "diag/VorpErrorHandler.h"
 #include "driver/CommandLine.h"

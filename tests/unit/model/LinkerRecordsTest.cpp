@@ -70,9 +70,9 @@ TEST(LinkerRecordsTest, LeavesAttachToAGivenResult)
     auto compile = [&](const Operand& operand, VormLabel* current, bool allocated, VormLabel* result) {
         return VormPostponedExp::compile(s.assembler, &operand, location, current, allocated, result);
     };
-    const Operand plus(Operand::UNARY_PLUS, leaf(Operand::SYMBOL, newToken(S_NAME, "a", 1, "a.S")));
-    const Operand dot(Operand::PAREN, leaf(Operand::SYMBOL, newToken(S_NAME, ".", 1, "a.S")));
-    const Operand seven(Operand::UNARY_PLUS, leaf(Operand::INTEGER, newUnsignedConstToken(7, 1, "a.S")));
+    const Operand plus(Operand::UNARY_PLUS, leaf(Operand::SYMBOL, newToken(s.assembler.getIdStrings(), S_NAME, "a", 1, "a.S")));
+    const Operand dot(Operand::PAREN, leaf(Operand::SYMBOL, newToken(s.assembler.getIdStrings(), S_NAME, ".", 1, "a.S")));
+    const Operand seven(Operand::UNARY_PLUS, leaf(Operand::INTEGER, newUnsignedConstToken(s.assembler.getIdStrings(), 7, 1, "a.S")));
 
     // Without a result a symbol stands for itself, and unary plus and parentheses leave no trace.
     VormLabel* a = compile(plus, nullptr, false, nullptr);

@@ -39,11 +39,11 @@ protected:
 
     VormSection* code() { return m_assembler.addSection(".text", "ax", "progbits", 0, "", false); }
 
-    static std::unique_ptr<TokenLine> ccLine(int directive, const char* name)
+    std::unique_ptr<TokenLine> ccLine(int directive, const char* name)
     {
         auto line = std::make_unique<TokenLine>();
-        line->push_back(newToken(directive, directive == S_D_CCTOP ? ".cc_top" : ".cc_bottom", 3, "a.S"));
-        line->push_back(newToken(S_NAME, name, 3, "a.S"));
+        line->push_back(newToken(m_assembler.getIdStrings(), directive, directive == S_D_CCTOP ? ".cc_top" : ".cc_bottom", 3, "a.S"));
+        line->push_back(newToken(m_assembler.getIdStrings(), S_NAME, name, 3, "a.S"));
         return line;
     }
 
@@ -61,6 +61,25 @@ protected:
     AssemblerRun m_run;
     VormAssembler& m_assembler;
 };
+
+TEST_F(VormAssemblerTest, LineIdsCountTheLinesOfTheRunInTheOrderTheyAreAdded)
+{
+    VormSection* text = code();
+    VormSection* data = m_assembler.addSection(".data", "aw", "progbits", 0, "", false);
+    const VormLine* first = m_assembler.addAlign(text, 4, LineLocation("a.S", 1), false);
+    const VormLine* second = m_assembler.addUniqueLabel(data, LineLocation("a.S", 2), false);
+    // Inserted in front of the first, but added after it.
+    const VormLine* third = m_assembler.addAlign(text, text->getLines().begin(), 2, LineLocation("a.S", 3), false);
+    EXPECT_EQ(first->getId(), 0u);
+    EXPECT_EQ(second->getId(), 1u);
+    EXPECT_EQ(third->getId(), 2u);
+
+    // Another run counts its own.
+    VormAssembler other(AssemblerOptions{.sourcePath = "b.S", .outputFile = m_output}, &m_utils, &m_errors);
+    VormSection* otherText = other.addSection(".text", "ax", "progbits", 0, "", false);
+    EXPECT_EQ(other.addAlign(otherText, 4, LineLocation("b.S", 1), false)->getId(), 0u);
+    EXPECT_EQ(m_assembler.addAlign(text, 4, LineLocation("a.S", 4), false)->getId(), 3u);
+}
 
 TEST_F(VormAssemblerTest, AlignmentUnderUncertainAddresses)
 {
@@ -126,14 +145,14 @@ TEST_F(VormAssemblerTest, SectionsKeepTheirFirstDefinition)
 TEST_F(VormAssemblerTest, ScheduledEliminationBlocksStartAligned)
 {
     VormSection* section = code();
-    m_assembler.addLabel(section, newToken(S_NAME, "before", 1, "a.S"), false);
+    m_assembler.addLabel(section, newToken(m_assembler.getIdStrings(), S_NAME, "before", 1, "a.S"), false);
     m_assembler.addCCTop(section, ccLine(S_D_CCTOP, "f.function"));
-    m_assembler.addLabel(section, newToken(S_NAME, "f", 4, "a.S"), true);
+    m_assembler.addLabel(section, newToken(m_assembler.getIdStrings(), S_NAME, "f", 4, "a.S"), true);
     m_assembler.addAlign(section, 2, LineLocation("a.S", 5), false);
     m_assembler.addCCBottom(section, ccLine(S_D_CCBOT, "f.function"));
     // Outside a scheduled block nothing is added, even in code.
     m_assembler.addCCTop(section, ccLine(S_D_CCTOP, "g.function"));
-    m_assembler.addLabel(section, newToken(S_NAME, "g", 8, "a.S"), false);
+    m_assembler.addLabel(section, newToken(m_assembler.getIdStrings(), S_NAME, "g", 8, "a.S"), false);
     m_assembler.addCCBottom(section, ccLine(S_D_CCBOT, "g.function"));
 
     ASSERT_EQ(finish(), 0);
@@ -146,9 +165,9 @@ TEST_F(VormAssemblerTest, ScheduledEliminationBlocksStartAligned)
 TEST_F(VormAssemblerTest, FormatChoiceSettlesAddressesAndSizes)
 {
     VormSection* data = m_assembler.addSection(".data", "aw", "progbits", 0, "", false);
-    m_assembler.addLabel(data, newToken(S_NAME, "start", 1, "a.S"), false);
+    m_assembler.addLabel(data, newToken(m_assembler.getIdStrings(), S_NAME, "start", 1, "a.S"), false);
     m_assembler.addAlign(data, 16, 0, LineLocation("a.S", 2), false);
-    m_assembler.addLabel(data, newToken(S_NAME, "end", 3, "a.S"), false);
+    m_assembler.addLabel(data, newToken(m_assembler.getIdStrings(), S_NAME, "end", 3, "a.S"), false);
     ASSERT_EQ(finish(), 0);
     EXPECT_EQ(data->getSize(), 0u);
     EXPECT_TRUE(m_assembler.getLabels().labelsFinalised());

@@ -8,8 +8,8 @@ class OperandDescriptorImm;
 class VormLine;
 
 // How format choice sees line addresses while sizes are open. Without one, a line's address is the
-// one last set on it. The incremental size iteration installs its own: it answers from its
-// bookkeeping of the pass, and hears which distances each choice looked at, so that it can tell
+// one last set on it. The incremental size iteration hands itself to the choices it asks for: it
+// answers from its bookkeeping of the pass, and hears which distances each choice looked at, so that it can tell
 // when the same choice could answer differently.
 class AddressReader {
 public:
