@@ -216,6 +216,12 @@ const EncoderFormat* Tl3bInstructionTable::makeFormat(const Tl3bFormatRow& row, 
     return m_formats.back().get();
 }
 
+const Tl3bInstructionSet& Tl3bInstructionSet::get()
+{
+    static const Tl3bInstructionSet instructionSet;
+    return instructionSet;
+}
+
 void Tl3bInstructionTable::build(EncoderMap& defaultEncoders, EncoderMap& architecturalEncoders)
 {
     std::map<std::string, const Tl3bFormatRow*> rows;

@@ -56,4 +56,21 @@ private:
     std::vector<std::unique_ptr<EncoderFormat>> m_formats;
 };
 
+// The TL3B instruction set, built once for the process and never changed after: every run's
+// lines point into its encoders.
+class Tl3bInstructionSet {
+public:
+    static const Tl3bInstructionSet& get();
+
+    const EncoderMap& defaultEncoders() const { return m_defaultEncoders; }
+    const EncoderMap& architecturalEncoders() const { return m_architecturalEncoders; }
+
+private:
+    Tl3bInstructionSet() { m_table.build(m_defaultEncoders, m_architecturalEncoders); }
+
+    Tl3bInstructionTable m_table;
+    EncoderMap m_defaultEncoders;
+    EncoderMap m_architecturalEncoders;
+};
+
 } // namespace vorp

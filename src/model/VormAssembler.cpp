@@ -25,7 +25,7 @@ VormAssembler::VormAssembler(AssemblerOptions options, TelkUtils* utils, VorpErr
 {
     switch (m_arch) {
     case TL3B:
-        m_instructionTable.build(m_encoders, m_archEncoders);
+        m_instructionSet = &Tl3bInstructionSet::get();
         break;
     default:
         assert(0 && "Unknown arch");
@@ -271,10 +271,10 @@ const Encoder* VormAssembler::findEncoder(const char* name, Syntax syntax) const
     const EncoderMap* table = nullptr;
     switch (syntax) {
     case SYNTAX_DEFAULT:
-        table = &m_encoders;
+        table = &m_instructionSet->defaultEncoders();
         break;
     case SYNTAX_ARCHITECTURAL:
-        table = &m_archEncoders;
+        table = &m_instructionSet->architecturalEncoders();
         break;
     default:
         assert(0 && "Unexpected syntax");

@@ -118,7 +118,8 @@ public:
     // Every name of a syntax's instruction table.
     const EncoderMap& getEncoders(Syntax syntax) const
     {
-        return syntax == SYNTAX_ARCHITECTURAL ? m_archEncoders : m_encoders;
+        return syntax == SYNTAX_ARCHITECTURAL ? m_instructionSet->architecturalEncoders()
+                                              : m_instructionSet->defaultEncoders();
     }
     // The encoder of a mnemonic in a syntax, or null.
     const Encoder* findEncoder(const char* name, Syntax syntax) const;
@@ -132,10 +133,8 @@ public:
 private:
     // The texts of every token and record: first, so that it outlives all that points into it.
     IdStrings m_idStrings;
-    // Lines point into the encoders, so these outlive the sections.
-    Tl3bInstructionTable m_instructionTable;
-    EncoderMap m_encoders;
-    EncoderMap m_archEncoders;
+    // Shared by every run, and never changed: lines point into its encoders.
+    const Tl3bInstructionSet* m_instructionSet = nullptr;
     VormLabels m_labels;
     VorpErrorHandler* m_errorHandler;
     VormLinkerExps m_linkerExps;
