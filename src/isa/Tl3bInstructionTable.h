@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -34,7 +35,8 @@ extern const std::size_t tl3bMnemonicRowCount;
 extern const Tl3bMnemonicRow tl3bImmediateNames[];
 extern const std::size_t tl3bImmediateNameCount;
 
-using EncoderMap = std::map<std::string, std::unique_ptr<Encoder>>;
+// By name; looked up by any text without making a string of it.
+using EncoderMap = std::map<std::string, std::unique_ptr<Encoder>, std::less<>>;
 
 // Builds the encoders of both syntaxes from the table. The formats are kept here and shared by
 // the encoders.
