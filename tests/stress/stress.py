@@ -60,6 +60,10 @@ ALLOWED_ASSERTIONS = {
     # A conditional nested in the middle branch of another one, without parentheses, in an
     # instruction operand: the re-parse of the tokens finds no `$:` (`ldc r0, 1 ? 2 ? 3 $: 4 $: 5`).
     "m_pos < m_tokens->size() && (*m_tokens)[m_pos]->symbol == S_MINEYMO": "nested-conditional",
+    # A source label that holds the stable name ".Ldefined.N" of the line a frame, line-table or
+    # timing record needs a label at: the generated name must be new (`.Ldefined.2:` before a
+    # `.cfi_startproc`/`nop`/`.cfi_endproc` procedure whose end lands on line 2).
+    "m_nameLabelMap.find(label->m_name) == m_nameLabelMap.end()": "stable-name-taken",
 }
 
 NUMBERED = re.compile(rb"^(?:.*?:\d+: )?(?:Error|Warning): A\d{5} ")

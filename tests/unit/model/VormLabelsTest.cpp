@@ -189,6 +189,18 @@ TEST_F(VormLabelsTest, FollowingAliasesStopsAtWeakLabelsAndCycles)
     EXPECT_EQ(tail->getLabelFollowAliases(), tail);
 }
 
+// A record's label takes the stable name of its line; a source label that already holds that name
+// is an internal error (the input can reach it: the names are documented), as for any name given
+// twice.
+TEST_F(VormLabelsTest, StableNameTakenBySourceLabelEndsAtTheAssertion)
+{
+    VormLine* line = sized(0, 0);
+    line->setId(2);
+    m_labels.addDefinedLabel(".Ldefined.2", sized(0, 0));
+    VormLabel* record = m_labels.addUniqueDefinedLabel(line);
+    EXPECT_DEATH(m_labels.ensureLabelName(record), "m_nameLabelMap.find\\(label->m_name\\) == m_nameLabelMap.end\\(\\)");
+}
+
 TEST_F(VormLabelsTest, NamelessLabelsGetFreeNamesInCreationOrder)
 {
     VormLine* line = sized(0, 0);
