@@ -627,7 +627,8 @@ bool ElfHandler::writeToFile(const char* fileName)
     return std::fclose(out) == 0 && written;
 }
 
-bool ElfHandler::write(std::FILE* out)
+template <typename Reserve, typename Put>
+bool ElfHandler::writeWith(Reserve reserve, Put put)
 {
     setElfAddresses();
     // The headers are small: they are encoded first and written in one go.
@@ -638,20 +639,42 @@ bool ElfHandler::write(std::FILE* out)
     for (const ElfSectionHeader* header : m_sectionHeaders)
         header->write(headers);
     const std::string headerBytes = headers.str();
+    std::uint64_t total = headerBytes.size();
+    for (const ElfBlock* block : m_blocks)
+        total += block->getSize();
+    reserve(total);
     m_bytesWritten = 0;
-    auto put = [this, out](const void* data, std::size_t size) {
-        if (size != 0 && std::fwrite(data, 1, size, out) != size)
+    auto counted = [this, &put](const void* data, std::size_t size) {
+        if (size != 0 && !put(data, size))
             return false;
         m_bytesWritten += size;
         return true;
     };
-    if (!put(headerBytes.data(), headerBytes.size()))
+    if (!counted(headerBytes.data(), headerBytes.size()))
         return false;
     for (const ElfBlock* block : m_blocks) {
-        if (!put(block->getData(), block->getSize()))
+        if (!counted(block->getData(), block->getSize()))
             return false;
     }
     return true;
+}
+
+bool ElfHandler::write(std::FILE* out)
+{
+    return writeWith([](std::uint64_t) {},
+                     [out](const void* data, std::size_t size) { return std::fwrite(data, 1, size, out) == size; });
+}
+
+void ElfHandler::write(std::vector<std::uint8_t>& out)
+{
+    out.clear();
+    auto reserve = [&out](std::uint64_t total) { out.reserve(total); };
+    auto append = [&out](const void* data, std::size_t size) {
+        const auto* bytes = static_cast<const std::uint8_t*>(data);
+        out.insert(out.end(), bytes, bytes + size);
+        return true;
+    };
+    writeWith(reserve, append);
 }
 
 void ElfHandler::display(FILE* out) const

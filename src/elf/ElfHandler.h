@@ -191,6 +191,8 @@ public:
     bool writeToFile(const char* fileName);
     // The same into an open stream; false at the first failed write, with errno telling why.
     bool write(std::FILE* out);
+    // The same into memory.
+    void write(std::vector<std::uint8_t>& out);
     // The bytes the last write() put out.
     std::uint64_t bytesWritten() const { return m_bytesWritten; }
     void display(FILE* out = stdout) const;
@@ -232,6 +234,11 @@ private:
     unsigned m_symbolSection = 0;
     unsigned m_stringSection = 0;
     std::uint64_t m_bytesWritten = 0;
+
+    // Writes the file through `put(data, size)`, which says whether it could, after telling
+    // `reserve` how many bytes will come.
+    template <typename Reserve, typename Put>
+    bool writeWith(Reserve reserve, Put put);
 };
 
 } // namespace vorp

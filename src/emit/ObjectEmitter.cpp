@@ -1,7 +1,6 @@
 #include "emit/ObjectEmitter.h"
 
 #include "diag/ErrorHandler.h"
-#include "diag/MemoryStream.h"
 #include "diag/TelkUtils.h"
 #include "elf/ElfHandler.h"
 #include "elf/ElfRelocationTable.h"
@@ -230,11 +229,7 @@ bool ObjectEmitter::dumpBinary(const char* sourceName, std::vector<std::uint8_t>
             sectionCount, ElfHandler::SHN_LORESERVE);
         return false;
     }
-    MemoryStream out;
-    std::string written;
-    if (!elf.write(out.stream()) || !out.take(written))
-        throw std::bad_alloc();
-    object.assign(written.begin(), written.end());
+    elf.write(object);
     m_assembler.statistics().objectBytes = object.size();
     return true;
 }
