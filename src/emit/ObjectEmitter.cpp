@@ -19,6 +19,7 @@
 #include <cassert>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -72,7 +73,9 @@ bool ObjectEmitter::dumpBinary(const char* sourceName, std::vector<std::uint8_t>
     // The default alignment is worked out and then replaced by that of the align lines: the
     // linker has always been given the latter.
     std::vector<std::uint32_t> alignments(sections.size(), 1);
-    std::vector<unsigned char*> buffers(sections.size(), nullptr);
+    // Owned here until the ELF file takes them: an error that ends the run while lines are encoded
+    // unwinds through this.
+    std::vector<std::unique_ptr<unsigned char[]>> buffers(sections.size());
     for (std::size_t i = 0; i < sections.size(); ++i) {
         VormSection* section = sections[i].get();
         bool scheduled = false;
@@ -99,8 +102,8 @@ bool ObjectEmitter::dumpBinary(const char* sourceName, std::vector<std::uint8_t>
             alignments[i] = alignment;
             continue;
         }
-        buffers[i] = new unsigned char[section->getSize() ? section->getSize() : 1]();
-        unsigned char* out = buffers[i];
+        buffers[i] = std::make_unique<unsigned char[]>(section->getSize() ? section->getSize() : 1);
+        unsigned char* out = buffers[i].get();
         for (VormLine* line : section->getLines()) {
             line->encode(out, section->getRelocations(), m_assembler, m_assembler.getErrorHandler());
             out += line->getNumBytes();
@@ -114,25 +117,22 @@ bool ObjectEmitter::dumpBinary(const char* sourceName, std::vector<std::uint8_t>
     std::map<const VormSection*, unsigned> elfNumbers;
     for (std::size_t i = 0; i < sections.size(); ++i) {
         VormSection* section = sections[i].get();
-        if (!addSectionToElfFile(section)) {
-            delete[] buffers[i];
+        if (!addSectionToElfFile(section))
             continue;
-        }
         const char* name = section->getName().c_str();
         unsigned number = 0;
         switch (section->getType()) {
         case VormSection::PROGBITS:
-            number = elf.addProgbitsSection(0, section->getSize(), buffers[i], name, section->getFlags(),
+            number = elf.addProgbitsSection(0, section->getSize(), buffers[i].release(), name, section->getFlags(),
                                             alignments[i], section->getEntrySize());
             break;
         case VormSection::NETINFO:
-            number = elf.addNetinfoSection(0, section->getSize(), buffers[i], name, section->getFlags(),
+            number = elf.addNetinfoSection(0, section->getSize(), buffers[i].release(), name, section->getFlags(),
                                            alignments[i], section->getEntrySize());
             break;
         case VormSection::NOBITS:
             number = elf.addNobitsSection(0, section->getSize(), name, section->getFlags(), alignments[i],
                                           section->getEntrySize());
-            delete[] buffers[i];
             break;
         default:
             assert(0 && "Unknown section type");
