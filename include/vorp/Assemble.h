@@ -29,7 +29,8 @@ namespace vorp {
 struct AssembleResult {
     // What the vorp command exits with: 0 when the object was made, 1 after any error.
     int status = 1;
-    // The relocatable ELF object; empty unless the status is 0.
+    // The relocatable ELF object; empty unless the status is 0, and when it went to
+    // `AssemblerOptions::objectWriter`.
     std::vector<std::uint8_t> object;
     // With `listing` set and a status of 0: the text of the listing file.
     std::string listing;

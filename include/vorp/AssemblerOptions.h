@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -7,6 +8,15 @@
 namespace vorp {
 
 class SizeIterationObserver;
+
+// Takes the object's bytes as they are made, in order, in place of `AssembleResult::object`: for a
+// caller that puts them straight into a file, and for objects too large to hold twice. Returning
+// false stops the writing and fails the run (the writer says why).
+class ObjectWriter {
+public:
+    virtual ~ObjectWriter() = default;
+    virtual bool write(const void* data, std::size_t size) = 0;
+};
 
 // The settings of one assembler run, by name: what the command line gives, or a caller of the
 // assembler as a library, or a test.
@@ -48,6 +58,8 @@ struct AssemblerOptions {
     SizeIterationObserver* sizeIterationObserver = nullptr;
     // Where diagnostics are written as they are made; null to collect them in the result.
     std::FILE* diagnostics = nullptr;
+    // Where the object goes as it is made; null to collect it in the result.
+    ObjectWriter* objectWriter = nullptr;
 };
 
 } // namespace vorp

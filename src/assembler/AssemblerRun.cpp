@@ -40,7 +40,7 @@ int AssemblerRun::postParse(const char* fileSymbolName, std::vector<std::uint8_t
 {
     object.clear();
     listing.clear();
-    bool made = runPasses() && ObjectEmitter(m_assembler, m_notes).dumpBinary(fileSymbolName, object);
+    bool made = runPasses() && ObjectEmitter(m_assembler, m_notes).dumpBinary(fileSymbolName, object, getOptions().objectWriter);
     if (made && getOptions().listing && m_errorHandler->getMakeBinary())
         listing = makeListing(m_assembler);
     if (!made || !m_errorHandler->getMakeBinary()) {

@@ -38,24 +38,53 @@ void printStatistics(const RunStatistics& statistics)
     line(statistics.objectBytes, "object bytes");
 }
 
-// Puts the object, and the listing when there is one, in place: both complete before either
-// replaces what was there. False, with the reason reported, when they can't be written.
-bool writeOutputs(const AssembleResult& result, const DriverOptions& options, ErrorHandler& errors)
-{
-    const char* name = options.outputName.c_str();
-    OutputFile object;
-    OutputFile listing;
-    if (!object.open(name)) {
-        // A name that can't be opened is left as it is.
-        errors.fatalError(false, "ERROR: Unable to open output file '%s' for writing elf\n", name);
-        return false;
+// Writes the object into the output file as the run makes it; the file is opened with the first
+// bytes, so that a run that fails before leaves the name alone.
+class FileObjectWriter : public ObjectWriter {
+public:
+    FileObjectWriter(const char* name, ErrorHandler& errors) : m_name(name), m_errors(errors) {}
+
+    bool write(const void* data, std::size_t size) override
+    {
+        if (!m_opened) {
+            if (m_openFailed || !m_file.open(m_name)) {
+                if (!m_openFailed)
+                    m_errors.fatalError(false, "ERROR: Unable to open output file '%s' for writing elf\n", m_name);
+                m_openFailed = true;
+                return false;
+            }
+            m_opened = true;
+        }
+        if (std::fwrite(data, 1, size, m_file.stream()) != size) {
+            m_file.writeFailed();
+            return false;
+        }
+        return true;
     }
-    if (std::fwrite(result.object.data(), 1, result.object.size(), object.stream()) != result.object.size())
-        object.writeFailed();
+
+    OutputFile& file() { return m_file; }
+    bool opened() const { return m_opened; }
+    bool openFailed() const { return m_openFailed; }
+
+private:
+    const char* m_name;
+    ErrorHandler& m_errors;
+    OutputFile m_file;
+    bool m_opened = false;
+    bool m_openFailed = false;
+};
+
+// Puts the object, written into `object`, and the listing when there is one, in place: both
+// complete before either replaces what was there. False, with the reason reported, when they
+// can't be written or the run failed after the object was begun; nothing is left then.
+bool finishOutputs(const AssembleResult& result, const DriverOptions& options, OutputFile& object,
+                   ErrorHandler& errors)
+{
+    OutputFile listing;
     bool written = object.close();
     if (!written)
         object.reportFailure(errors);
-    if (written && options.listing) {
+    if (written && result.status == 0 && options.listing) {
         const std::string path = options.outputName + ".txt";
         if (!listing.open(path.c_str())) {
             object.discard();
@@ -68,21 +97,22 @@ bool writeOutputs(const AssembleResult& result, const DriverOptions& options, Er
         if (!written)
             listing.reportFailure(errors);
     }
-    if (written) {
+    if (written && result.status == 0) {
         written = object.commit() && listing.commit();
         if (!written)
             (object.failed() ? object : listing).reportFailure(errors);
     }
-    if (!written) {
+    if (!written || result.status != 0) {
         // After any error the object must not survive, not even a stale one from an earlier run. A
         // device or pipe that refused the bytes is no object, though: it stays.
         const bool keepOutput = object.isDevice() && (object.failed() || listing.failed());
         object.discard();
         listing.discard();
         if (!keepOutput)
-            std::remove(name);
+            std::remove(options.outputName.c_str());
+        return false;
     }
-    return written;
+    return true;
 }
 
 int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::string& outputName)
@@ -102,15 +132,21 @@ int runAssembler(int argc, char** argv, VorpErrorHandler& errorHandler, std::str
     const std::string workingDir = getcwd(directory, sizeof(directory)) ? directory : "";
     AssemblerOptions settings = options.assemblerOptions(workingDir);
     settings.diagnostics = stderr;
+    FileObjectWriter object(outputName.c_str(), optionErrors);
+    settings.objectWriter = &object;
     AssembleResult result = assembleFiles(settings, options.inputFiles);
-    if (result.status != 0) {
-        // A failed run leaves no object, not even one of an earlier run.
-        if (result.removesEarlierOutput)
-            std::remove(outputName.c_str());
-    } else if (!writeOutputs(result, options, optionErrors)) {
+    if (object.openFailed()) {
+        // A name that can't be opened is left as it is.
         result.status = 1;
-        result.statistics.objectBytes = 0;
+    } else if (object.opened()) {
+        if (!finishOutputs(result, options, object.file(), optionErrors))
+            result.status = 1;
+    } else if (result.status != 0 && result.removesEarlierOutput) {
+        // A failed run leaves no object, not even one of an earlier run.
+        std::remove(outputName.c_str());
     }
+    if (result.status != 0)
+        result.statistics.objectBytes = 0;
     printStatistics(result.statistics);
     return result.status;
 }

@@ -665,6 +665,11 @@ bool ElfHandler::write(std::FILE* out)
                      [out](const void* data, std::size_t size) { return std::fwrite(data, 1, size, out) == size; });
 }
 
+bool ElfHandler::write(const std::function<bool(const void*, std::size_t)>& put)
+{
+    return writeWith([](std::uint64_t) {}, put);
+}
+
 void ElfHandler::write(std::vector<std::uint8_t>& out)
 {
     out.clear();

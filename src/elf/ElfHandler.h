@@ -9,6 +9,7 @@
 #include <list>
 #include <set>
 #include <string>
+#include <functional>
 #include <vector>
 
 namespace vorp {
@@ -193,6 +194,8 @@ public:
     bool write(std::FILE* out);
     // The same into memory.
     void write(std::vector<std::uint8_t>& out);
+    // The same through `put(data, size)`, which says whether it could.
+    bool write(const std::function<bool(const void*, std::size_t)>& put);
     // The bytes the last write() put out.
     std::uint64_t bytesWritten() const { return m_bytesWritten; }
     void display(FILE* out = stdout) const;

@@ -62,7 +62,7 @@ bool ObjectEmitter::addSectionToElfFile(const VormSection* section) const
     return false;
 }
 
-bool ObjectEmitter::dumpBinary(const char* sourceName, std::vector<std::uint8_t>& object)
+bool ObjectEmitter::dumpBinary(const char* sourceName, std::vector<std::uint8_t>& object, ObjectWriter* writer)
 {
     const auto& sections = m_assembler.getSections();
     VormLinkerExps& exps = m_assembler.getLinkerExps();
@@ -229,8 +229,13 @@ bool ObjectEmitter::dumpBinary(const char* sourceName, std::vector<std::uint8_t>
             sectionCount, ElfHandler::SHN_LORESERVE);
         return false;
     }
-    elf.write(object);
-    m_assembler.statistics().objectBytes = object.size();
+    if (writer) {
+        if (!elf.write([writer](const void* data, std::size_t size) { return writer->write(data, size); }))
+            return false;
+    } else {
+        elf.write(object);
+    }
+    m_assembler.statistics().objectBytes = elf.bytesWritten();
     return true;
 }
 

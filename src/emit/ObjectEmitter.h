@@ -7,6 +7,7 @@ namespace vorp {
 
 class ElfHandler;
 class NoteMemo;
+class ObjectWriter;
 class VormAssembler;
 class VormLabel;
 class VormSection;
@@ -20,8 +21,9 @@ public:
     }
 
     // `sourceName` names the file symbol when no .file did; null for none. The object's bytes go
-    // into `object`. False, with the reason reported, when the model can't be written as an ELF file.
-    bool dumpBinary(const char* sourceName, std::vector<std::uint8_t>& object);
+    // to `writer`, or without one into `object`. False, with the reason reported, when the model
+    // can't be written as an ELF file or the writer refuses the bytes.
+    bool dumpBinary(const char* sourceName, std::vector<std::uint8_t>& object, ObjectWriter* writer = nullptr);
 
 private:
     // An empty section is left out unless a label stands in it.

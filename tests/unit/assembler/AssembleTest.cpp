@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -100,6 +101,43 @@ TEST(AssembleTest, ListingAndStreamedDiagnostics)
     const AssembleResult listed = assemble(options, PROGRAM);
     ASSERT_EQ(listed.status, 0) << listed.diagnostics;
     EXPECT_NE(listed.listing.find("value"), std::string::npos) << listed.listing;
+}
+
+// Collects what it is given; refuses once `limit` bytes have come.
+class CollectingWriter : public ObjectWriter {
+public:
+    explicit CollectingWriter(std::size_t limit = SIZE_MAX) : m_limit(limit) {}
+    bool write(const void* data, std::size_t size) override
+    {
+        const auto* bytes = static_cast<const std::uint8_t*>(data);
+        if (bytes.size() + size > m_limit)
+            return false;
+        bytes.insert(bytes.end(), bytes, bytes + size);
+        return true;
+    }
+    std::vector<std::uint8_t> bytes;
+
+private:
+    std::size_t m_limit;
+};
+
+TEST(AssembleTest, AWriterTakesTheObjectAsItIsMade)
+{
+    const AssembleResult inMemory = assemble(named("p.S"), PROGRAM);
+    AssemblerOptions options = named("p.S");
+    CollectingWriter writer;
+    options.objectWriter = &writer;
+    const AssembleResult written = assemble(options, PROGRAM);
+    EXPECT_EQ(written.status, 0);
+    EXPECT_TRUE(written.object.empty());
+    EXPECT_TRUE(writer.bytes == inMemory.object);
+    EXPECT_EQ(written.statistics.objectBytes, inMemory.object.size());
+
+    CollectingWriter refusing(100);
+    options.objectWriter = &refusing;
+    const AssembleResult refused = assemble(options, PROGRAM);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.statistics.objectBytes, 0u);
 }
 
 TEST(AssembleTest, AFatalErrorEndsTheRunNotTheCaller)
