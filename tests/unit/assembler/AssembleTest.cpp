@@ -109,10 +109,10 @@ public:
     explicit CollectingWriter(std::size_t limit = SIZE_MAX) : m_limit(limit) {}
     bool write(const void* data, std::size_t size) override
     {
-        const auto* bytes = static_cast<const std::uint8_t*>(data);
+        const auto* first = static_cast<const std::uint8_t*>(data);
         if (bytes.size() + size > m_limit)
             return false;
-        bytes.insert(bytes.end(), bytes, bytes + size);
+        bytes.insert(bytes.end(), first, first + size);
         return true;
     }
     std::vector<std::uint8_t> bytes;
