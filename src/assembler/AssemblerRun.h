@@ -38,8 +38,9 @@ public:
     // Runs the steps that precede object emission, each only while no error has been reported;
     // true when none has.
     bool runPasses();
-    // Runs the steps and makes the object (and the listing, when asked for); 0 on success, 1 after
-    // any error, when both stay empty. `fileSymbolName` names the file symbol when no .file did.
+    // Runs the steps and makes the object (into `object`, or through the options' object writer)
+    // and the listing, when asked for; 0 on success, 1 after any error, when both stay empty.
+    // `fileSymbolName` names the file symbol when no .file did.
     int postParse(const char* fileSymbolName, std::vector<std::uint8_t>& object, std::string& listing);
 
     // Makes sure the object names its architecture and core revision.
