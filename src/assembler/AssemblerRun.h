@@ -27,7 +27,6 @@ public:
 
     VormAssembler& getAssembler() { return m_assembler; }
     const AssemblerOptions& getOptions() const { return m_assembler.getOptions(); }
-    DebugData& getDebugData() { return m_debug; }
     DebugLine& getDebugLine() { return m_debug.getDebugLine(); }
     DebugFrame& getDebugFrame() { return m_debug.getDebugFrame(); }
     DebugInfo& getDebugInfo() { return m_debug.getDebugInfo(); }

@@ -11,11 +11,6 @@ namespace vorp {
 
 namespace {
 
-LineLocation generatedLocation(VormAssembler& assembler)
-{
-    return LineLocation(assembler.getIdStrings().generatedFile(), 0);
-}
-
 Token generatedToken(VormAssembler& assembler, int symbol, const std::string& text)
 {
     return newGeneratedToken(assembler.getIdStrings(), symbol, text.c_str());
@@ -30,7 +25,7 @@ DataWriter::~DataWriter()
 
 void DataWriter::emitData(int type, Operand* operand)
 {
-    m_assembler.addData(m_section, generatedLocation(m_assembler), static_cast<VormDataLine::Type>(type), {operand});
+    m_assembler.addData(m_section, m_assembler.generatedLocation(), static_cast<VormDataLine::Type>(type), {operand});
 }
 
 void DataWriter::emitU8(unsigned char value)
@@ -81,7 +76,7 @@ void DataWriter::emitString(const std::string& text)
     token.stringData = m_assembler.getIdStrings().idString(std::string_view(text));
     token.stringLength = static_cast<unsigned>(text.size() + 1);
     token.text = token.stringData;
-    m_assembler.addAscii(m_section, generatedLocation(m_assembler), true, {token});
+    m_assembler.addAscii(m_section, m_assembler.generatedLocation(), true, {token});
 }
 
 void DataWriter::emitLabel(const std::string& name)
@@ -91,7 +86,7 @@ void DataWriter::emitLabel(const std::string& name)
 
 void DataWriter::emitAlign(unsigned int alignment, int fill)
 {
-    m_assembler.addAlign(m_section, alignment, static_cast<std::uint32_t>(fill), generatedLocation(m_assembler), false);
+    m_assembler.addAlign(m_section, alignment, static_cast<std::uint32_t>(fill), m_assembler.generatedLocation(), false);
 }
 
 void DataWriter::emitCCTop(const std::string& name, const std::string& predicate)

@@ -104,11 +104,11 @@ void DebugData::expandDirectives(VormAssembler& assembler, VormSection* section)
             // The block must start aligned wherever the linker puts it.
             blockAlignment = std::max(blockAlignment, assembler.getDefaultAlignment(section, blockHasScheduled));
             if (blockAlignment > 1)
-                assembler.addAlign(section, blockStart, blockAlignment, LineLocation(assembler.getIdStrings().generatedFile(), 0), false);
+                assembler.addAlign(section, blockStart, blockAlignment, assembler.generatedLocation(), false);
             if (sequenceOpen) {
                 // Every line sequence ends with its block. The block stays open for the walk until
                 // the next cc_top: what follows still counts as inside.
-                VormLabel* label = newNamedLabel(position, LineLocation(assembler.getIdStrings().generatedFile(), 0), line->getSchedule());
+                VormLabel* label = newNamedLabel(position, assembler.generatedLocation(), line->getSchedule());
                 m_debugLine.endSequence(label->getName());
                 sequenceOpen = false;
             } else {
@@ -121,7 +121,7 @@ void DebugData::expandDirectives(VormAssembler& assembler, VormSection* section)
     }
 
     if (sequenceOpen) {
-        VormLabel* label = newNamedLabel(lines.end(), LineLocation(assembler.getIdStrings().generatedFile(), 0), false);
+        VormLabel* label = newNamedLabel(lines.end(), assembler.generatedLocation(), false);
         m_debugLine.endSequence(label->getName());
     }
     if (sawCode) {

@@ -52,11 +52,12 @@ public:
     virtual ~VormAssembler();
 
     IdStrings& getIdStrings() { return m_idStrings; }
+    // Where lines and labels that the assembler makes itself stand: line 0 of "<unknown>".
+    LineLocation generatedLocation() { return LineLocation(m_idStrings.generatedFile(), 0); }
     VormLabels& getLabels() { return m_labels; }
     VormLinkerExps& getLinkerExps() { return m_linkerExps; }
     Arch getArch() const { return m_arch; }
     VorpErrorHandler& getErrorHandler() { return *m_errorHandler; }
-    bool getDebug() const { return m_options.debug; }
     const AssemblerOptions& getOptions() const { return m_options; }
     TelkUtils* getUtils() const { return m_utils; }
     const char* getOutputFile() const { return m_options.outputFile.c_str(); }

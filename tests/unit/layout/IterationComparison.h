@@ -91,23 +91,31 @@ inline IterationRun runIteration(const std::string& directory, std::vector<std::
             _exit(99);
         if (!std::freopen(errors.c_str(), "w", stderr))
             _exit(98);
-        FILE* traceFile = std::fopen(trace.c_str(), "w");
-        TraceWriter writer(traceFile);
-        ErrorHandler optionErrors;
-        const DriverOptions options = CommandLine(optionErrors).parse(words);
-        AssemblerOptions settings = options.assemblerOptions("");
-        settings.referenceSizeIteration = reference;
-        settings.sizeIterationObserver = &writer;
-        settings.diagnostics = stderr;
-        const AssembleResult result = assembleFiles(settings, options.inputFiles);
-        if (result.status == 0) {
-            std::ofstream out(object, std::ios::binary);
-            out.write(reinterpret_cast<const char*>(result.object.data()),
-                      static_cast<std::streamsize>(result.object.size()));
+        // Nothing may escape the child: the test would go on running in it.
+        int status = 97;
+        try {
+            FILE* traceFile = std::fopen(trace.c_str(), "w");
+            TraceWriter writer(traceFile);
+            ErrorHandler optionErrors;
+            const DriverOptions options = CommandLine(optionErrors).parse(words);
+            AssemblerOptions settings = options.assemblerOptions("");
+            settings.referenceSizeIteration = reference;
+            settings.sizeIterationObserver = &writer;
+            settings.diagnostics = stderr;
+            const AssembleResult result = assembleFiles(settings, options.inputFiles);
+            if (result.status == 0) {
+                std::ofstream out(object, std::ios::binary);
+                out.write(reinterpret_cast<const char*>(result.object.data()),
+                          static_cast<std::streamsize>(result.object.size()));
+            }
+            status = result.status;
+        } catch (const FatalError& error) {
+            std::fputs(error.message().c_str(), stderr);
+            status = error.status();
+        } catch (...) {
         }
-        const int status = result.status;
         std::fflush(nullptr);
-        std::exit(status);
+        _exit(status);
     }
     int waited = 0;
     waitpid(child, &waited, 0);
